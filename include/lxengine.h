@@ -1,0 +1,245 @@
+/*
+ * lxengine.h - the public interface of the lxengine spelling-check engine.
+ *
+ * If a function, record or constant is not declared here, it is not part of
+ * the library's interface. The header is C (C99 or later) and compiles as C++.
+ *
+ * Conventions that hold for every function below:
+ *  - Texts are NUL-terminated arrays of 8-bit characters in ISO 8859-1.
+ *    A length does not count the terminator; a buffer size does.
+ *  - The caller owns every buffer it passes and states its size; a text too
+ *    long for a buffer is cut, silently.
+ *  - Functions return 0, a length or a count on success and a negative
+ *    LX_ERR_... code on failure. A failure usually leaves a message that
+ *    LX_Diag_GetLastMsg() returns.
+ *  - Passing a null pointer where a value is required is a programming error
+ *    and stops the process through the standard assertion route.
+ *  - Nothing is thread-safe by itself: calls that use the same lexicon must
+ *    not overlap.
+ */
+#ifndef LXENGINE_H
+#define LXENGINE_H
+
+#include <stdint.h>
+
+#if defined(LX_BUILDING)
+#define LX_API __attribute__((visibility("default")))
+#else
+#define LX_API
+#endif
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* ---------------------------------------------------------------- limits */
+
+/* Size of every word buffer of the engine: 80 characters and the NUL. */
+#define LX_MAX_WORD_SZ 81
+
+/* ---------------------------------------------------------- return codes */
+
+#define LX_ERR_LIST(X)                                                          \
+    X(LX_ERR_FAILED, -1, "plain failure of a low-level routine")              \
+    X(LX_ERR_BAD_SESSION, -2, "session number out of range, or not open")     \
+    X(LX_ERR_NOT_FOUND, -3, "nothing there")                                  \
+    X(LX_ERR_FILE_OPEN, -4, "a file could not be opened")                     \
+    X(LX_ERR_RANGE, -8, "buffer too small, or index out of range")            \
+    X(LX_ERR_NO_MEMORY, -12, "allocation failed")                             \
+    X(LX_ERR_UNSUPPORTED, -13, "operation not available for this lexicon")    \
+    X(LX_ERR_FILE_EXISTS, -14, "the lexicon file exists already")             \
+    X(LX_ERR_INVALID_WORD, -19, "the word holds a byte a lexicon can't store") \
+    X(LX_ERR_SEGMENT_EXISTS, -20, "a segment key was registered already")     \
+    X(LX_ERR_READ, -22, "a table or index could not be read")                 \
+    X(LX_ERR_WRITE, -23, "a file could not be locked, written or saved")      \
+    X(LX_ERR_CANT_CREATE, -24, "a file could not be created")                 \
+    X(LX_ERR_BAD_FORMAT, -26, "the file is not a valid lexicon")
+
+#define LX_ERR_FAILED (-1)
+#define LX_ERR_BAD_SESSION (-2)
+#define LX_ERR_NOT_FOUND (-3)
+#define LX_ERR_FILE_OPEN (-4)
+#define LX_ERR_RANGE (-8)
+#define LX_ERR_NO_MEMORY (-12)
+#define LX_ERR_UNSUPPORTED (-13)
+#define LX_ERR_FILE_EXISTS (-14)
+#define LX_ERR_INVALID_WORD (-19)
+#define LX_ERR_SEGMENT_EXISTS (-20)
+#define LX_ERR_READ (-22)
+#define LX_ERR_WRITE (-23)
+#define LX_ERR_CANT_CREATE (-24)
+#define LX_ERR_BAD_FORMAT (-26)
+
+/* ---------------------------------------------------------- option bits */
+
+#define LX_OPT_IGNORE_CAPITALISED 0x1u      /* capitalised words pass */
+#define LX_OPT_IGNORE_MIXED_CASE 0x2u       /* words of mixed case pass */
+#define LX_OPT_IGNORE_WITH_DIGITS 0x4u      /* words with a digit pass */
+#define LX_OPT_IGNORE_ALL_CAPITALS 0x8u     /* words in capitals pass */
+#define LX_OPT_REPORT_CAPITALISATION 0x10u  /* report a word right but for its case */
+#define LX_OPT_REPORT_MIXED_CASE 0x20u      /* report words of mixed case */
+#define LX_OPT_REPORT_WITH_DIGITS 0x40u     /* report words holding a digit */
+#define LX_OPT_CHECK_SPELLING 0x80u         /* look words up at all */
+#define LX_OPT_REPORT_REPEATED 0x100u       /* report a word equal to the one before */
+#define LX_OPT_CASE_SENSITIVE 0x200u        /* lookups respect case */
+#define LX_OPT_SPLIT_AT_HYPHEN 0x400u       /* judge a compound piece by piece at '-' */
+#define LX_OPT_SPLIT_AT_APOSTROPHE 0x800u   /* judge piece by piece at an apostrophe */
+#define LX_OPT_SPLIT_RUN_TOGETHER 0x1000u   /* accept a word made of two accepted words */
+#define LX_OPT_SUGGEST_SPLIT 0x2000u        /* LX_Suggest: try dividing the word */
+#define LX_OPT_SUGGEST_PHONETIC 0x4000u     /* LX_Suggest: phonetic comparisons */
+#define LX_OPT_SUGGEST_TYPOGRAPHIC 0x8000u  /* LX_Suggest: edits and typographic comparisons */
+#define LX_OPT_STRIP_POSSESSIVE 0x10000u    /* take 's or ' off before judging */
+#define LX_OPT_IGNORE_NO_LETTERS 0x20000u   /* words without a letter pass */
+#define LX_OPT_IGNORE_ADDRESSES 0x40000u    /* keep addresses, URLs, file names whole; they pass */
+#define LX_OPT_ACCENTED_CAPITALS 0x80000u   /* accents on capitals are significant */
+#define LX_OPT_SINGLE_WORD 0x100000u        /* the text from the cursor on is one word */
+#define LX_OPT_MARKUP 0x200000u             /* skip tags, decode '&' entities */
+
+/* ---------------------------------------------------------- result bits */
+
+#define LX_RES_MISSPELLED 1       /* no lexicon accepts the word */
+#define LX_RES_AUTO_CHANGE 2      /* replace by repl without asking */
+#define LX_RES_COND_CHANGE 4      /* offer repl for confirmation */
+#define LX_RES_CAPITALISATION 8   /* right but for its case; comes with MISSPELLED */
+#define LX_RES_MIXED_CASE 16      /* word of mixed case */
+#define LX_RES_WITH_DIGITS 32     /* word holds a digit */
+#define LX_RES_NONE_LEFT 64       /* nothing (more) to report */
+#define LX_RES_REPEATED 128       /* the word repeats the word before it */
+
+/* ------------------------------------------------------- lexicon actions */
+
+#define LX_ACT_IGNORE 'i'            /* the word is acceptable */
+#define LX_ACT_EXCLUDE 'e'           /* the word is a misspelling */
+#define LX_ACT_AUTO_CHANGE 'a'       /* replace by the other word as stored */
+#define LX_ACT_AUTO_CHANGE_CASE 'A'  /* replace, the other word taking the word's case */
+#define LX_ACT_COND_CHANGE 'c'       /* offer the other word as stored */
+#define LX_ACT_COND_CHANGE_CASE 'C'  /* offer the other word in the word's case */
+
+/* Language value: two lower-case letters, the first in the high byte. */
+#define LX_LANG_NONE 0x7878
+
+/* --------------------------------------------------------------- records */
+
+/* A growable array of fixed-size elements, stored by value in one block.
+ * count <= capacity always; data is null exactly when capacity is 0. */
+typedef struct LX_Vector {
+    uint32_t magic;    /* set by initialisation, never cleared */
+    void *data;        /* the element block, or null */
+    uint32_t elemSize; /* bytes of one element */
+    int32_t count;     /* elements in use */
+    int32_t capacity;  /* elements the block holds */
+} LX_Vector;
+
+/* One entry of a text lexicon. The texts belong to the lexicon. */
+typedef struct LX_LexEntry {
+    char *word;      /* the word, never null */
+    char *otherWord; /* replacement of a change action, or null */
+    int16_t action;  /* one of the LX_ACT_... codes */
+} LX_LexEntry;
+
+/* Member dmt: a lexicon held in memory. The entries are in strictly
+ * ascending byte order of word, each word once. */
+typedef struct LX_DMTLex {
+    uint32_t magic;    /* 0x01A5934B while open */
+    LX_Vector words;   /* LX_LexEntry, sorted */
+    int16_t lang;      /* the lexicon's language */
+    void *index;       /* private lookup cache of the engine */
+} LX_DMTLex;
+
+/* The record of every lexicon. The host provides it and sets kind; the
+ * creating call fills the member of that kind. */
+typedef struct LX_Lexicon {
+    union {
+        LX_DMTLex dmt; /* LEX_DMT */
+    };
+    int32_t kind; /* LEX_DMT, ...; 0 for none */
+} LX_Lexicon;
+
+/* Kinds of lexicon, the values of LX_Lexicon.kind. */
+#define LEX_DMT 2 /* memory text lexicon */
+#define LEX_DFT 3 /* disk text lexicon */
+#define LEX_MC 5  /* a compressed kind without routines: always unsupported */
+#define LEX_FC 6  /* compressed lexicon file */
+
+/* ------------------------------------------------ walking and checking */
+
+/* LX_CheckText: from *cursor on, find the first word of text that has
+ * something to report, judging each word against the null-terminated list
+ * lexicons (searched in order) under the option bits.
+ *   word, wordSz: the caller's buffer for the word at hand (wordSz >= 1,
+ *     normally LX_MAX_WORD_SZ); asserted non-null.
+ *   repl, replSz: buffer for a replacement, or null and 0. It may be the
+ *     same buffer as word.
+ * Returns the LX_RES_... bits of the report, with *cursor at the first byte
+ * of the word; or LX_RES_NONE_LEFT when nothing is left to report (a
+ * single word that passes, in LX_OPT_SINGLE_WORD mode). Never an error:
+ * a lexicon that fails counts as not holding the word. */
+LX_API int32_t LX_CheckText(const char *text, LX_Lexicon *const *lexicons,
+                            uint32_t options, int32_t *cursor, char *word,
+                            int32_t wordSz, char *repl, int32_t replSz);
+
+/* LX_NextTextWord: offset of the word behind the word at or after cursor,
+ * or LX_ERR_NOT_FOUND if there is none. Only LX_OPT_MARKUP and
+ * LX_OPT_IGNORE_ADDRESSES act here. Asserts text != NULL, cursor >= 0. */
+LX_API int32_t LX_NextTextWord(const char *text, int32_t cursor, uint32_t options);
+
+/* LX_DelText: removes up to count characters at cursor, in place.
+ * Returns the number removed. */
+LX_API int32_t LX_DelText(char *text, int32_t cursor, int32_t count);
+
+/* LX_InsertText: inserts str at cursor into text, whose buffer has textSz
+ * bytes. Returns the new length, or LX_ERR_RANGE (text unchanged) when the
+ * result and its terminator would not fit. */
+LX_API int32_t LX_InsertText(char *text, int32_t textSz, int32_t cursor, const char *str);
+
+/* -------------------------------------------------------------- lexicons */
+
+/* LX_DMTLex_Create: makes lex an empty memory lexicon with room for
+ * initialCapacity entries and the language lang. The caller sets
+ * lex->kind to LEX_DMT. Returns 0 or LX_ERR_NO_MEMORY. */
+LX_API int32_t LX_DMTLex_Create(LX_Lexicon *lex, int32_t initialCapacity, int16_t lang);
+
+/* LX_Lexicon_AddWord: stores word with action and otherWord (the
+ * replacement of a change action, or null); a word stored already gets the
+ * new action and other word. Returns 0, LX_ERR_INVALID_WORD (a control byte
+ * or a byte without a class, more than 80 characters, or an action of 0 or
+ * below; message left), LX_ERR_NO_MEMORY (nothing changed) or
+ * LX_ERR_UNSUPPORTED for a kind that can't be changed. */
+LX_API int32_t LX_Lexicon_AddWord(LX_Lexicon *lex, const char *word, int16_t action,
+                                  const char *otherWord);
+
+/* LX_Lexicon_DelWord: removes word, exact in case. Returns 0,
+ * LX_ERR_NOT_FOUND or LX_ERR_UNSUPPORTED. */
+LX_API int32_t LX_Lexicon_DelWord(LX_Lexicon *lex, const char *word);
+
+/* LX_Lexicon_Clear: removes all words; the lexicon stays open. */
+LX_API int32_t LX_Lexicon_Clear(LX_Lexicon *lex);
+
+/* LX_Lexicon_Close: releases what the lexicon holds. The record may be
+ * given to a creating call again. */
+LX_API int32_t LX_Lexicon_Close(LX_Lexicon *lex);
+
+/* LX_Lexicon_GetImage: writes every entry into bfr as
+ * word, TAB, action byte, other word, NUL; and a final NUL.
+ * Returns the number of entries, or LX_ERR_RANGE if bfrSize is too small
+ * (the buffer's contents are then unspecified). */
+LX_API int32_t LX_Lexicon_GetImage(LX_Lexicon *lex, char *bfr, int32_t bfrSize);
+
+/* LX_Lexicon_Size: bytes that LX_Lexicon_GetImage needs. */
+LX_API int32_t LX_Lexicon_Size(LX_Lexicon *lex);
+
+/* ----------------------------------------------------------- diagnostics */
+
+/* LX_Diag_GetLastMsg: the last message of the process, or null before the
+ * first one. The text is the engine's: don't free it, and copy it if it is
+ * needed after the next call into the engine. */
+LX_API const char *LX_Diag_GetLastMsg(void);
+
+/* The library's revision text. */
+LX_API extern const char LX_Version[];
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif /* LXENGINE_H */

@@ -1,0 +1,623 @@
+// check.cpp - finding the words of a text and judging them.
+//
+// The scanner says where words are: letters and digits, with hyphens, full
+// stops and apostrophes between them, abbreviations with their final full
+// stop, and by option addresses kept whole and mark-up passed over. The rule
+// chain judges one word against the lexicon list: ignore options, lookups
+// with case and accent variants, division of compounds, and the reports that
+// need no lexicon. The driver walks a text and stops at the first word with
+// something to report.
+//
+// Nothing here allocates or keeps state between calls: every buffer is
+// automatic, and the state of a walk is the cursor alone.
+#include "check.h"
+
+#include <cstdlib>
+
+#include "chartab.h"
+#include "clex.h"
+#include "lexicon.h"
+#include "safestr.h"
+
+namespace {
+
+constexpr int32_t kMaxChars = LX_MAX_WORD_SZ - 1;
+
+const uchar *bytes(const char *s) { return reinterpret_cast<const uchar *>(s); }
+
+bool is_name_char(uchar c) { return lx_is_alnum(c) || c == '_' || c == '-'; }
+
+// Mail test for an '@' at text[at]: looking ahead, the address must reach
+// a full stop between two name characters before any other byte; and the
+// '@' must stand between two name characters.
+bool mail_test(const uchar *t, int32_t at) {
+    for (int32_t i = at + 1;; ++i) {
+        uchar c = t[i];
+        if (c == '.') {
+            if (is_name_char(t[i - 1]) && is_name_char(t[i + 1])) break;
+        } else if (!is_name_char(c)) {
+            return false;
+        }
+    }
+    return is_name_char(t[at - 1]) && is_name_char(t[at + 1]);
+}
+
+// Underscore test for a '_' at text[at]: looking ahead over name
+// characters, full stops and '@', an '@' or a full stop between two name
+// characters says yes.
+bool underscore_test(const uchar *t, int32_t at) {
+    for (int32_t i = at + 1;; ++i) {
+        uchar c = t[i];
+        if (c == '@') return true;
+        if (c == '.') {
+            if (is_name_char(t[i - 1]) && is_name_char(t[i + 1])) return true;
+        } else if (!is_name_char(c)) {
+            return false;
+        }
+    }
+}
+
+bool has_run_of_three(const char *w, int32_t n) {
+    int32_t run = 0;
+    for (int32_t i = 0; i < n; ++i) {
+        run = lx_is_alnum(lx_byte(w[i])) ? run + 1 : 0;
+        if (run >= 3) return true;
+    }
+    return false;
+}
+
+bool is_entity_compare_equal(const char *name, const LX_EntityRow &row) {
+    return LX_Str_Cmp(name, row.name) == 0;
+}
+
+} // namespace
+
+// ------------------------------------------------------------------ scanner
+
+int LX_IsLetterEntity(const char *name) {
+    if (LX_Str_Cmp(name, "#146") == 0) return 1;
+    const void *hit = std::bsearch(name, LX_ENTITY_TABLE, LX_ENTITY_COUNT, sizeof(LX_EntityRow),
+                                   [](const void *k, const void *r) -> int {
+                                       return LX_Entity_Compare(k, r);
+                                   });
+    return hit != nullptr && is_entity_compare_equal(name, *static_cast<const LX_EntityRow *>(hit));
+}
+
+int32_t LX_SkipToWord(const char *text, int32_t cursor, uint32_t options) {
+    LX_ASSERT(text != NULL);
+    if (cursor < 0) return LX_ERR_NOT_FOUND;
+    const uchar *t = bytes(text);
+    const bool markup = (options & LX_OPT_MARKUP) != 0;
+    bool inTag = false, inEntity = false;
+    int32_t entityStart = 0;
+    int32_t i = cursor;
+    for (; t[i] != 0; ++i) {
+        uchar c = t[i];
+        if (!inTag && !inEntity && lx_is_alnum(c)) return i;
+        if (!markup) continue;
+        if (c == '<') {
+            inTag = true;
+        } else if (c == '&' && !inTag) {
+            inEntity = true;
+            entityStart = i;
+        } else if (c == '>' && inTag) {
+            inTag = false;
+        } else if (inEntity && c == ';') {
+            inEntity = false;
+            char name[LX_MAX_WORD_SZ];
+            LX_Str_CopyN(name, sizeof name, text + entityStart + 1, i - entityStart - 1);
+            if (LX_IsLetterEntity(name)) return entityStart;
+        } else if (inEntity && (c == '\r' || c == '\n')) {
+            inEntity = false;
+        }
+    }
+    return i;
+}
+
+int32_t LX_ExtractWord(const char *text, int32_t cursor, uint32_t options, char *word, int32_t wordSz) {
+    LX_ASSERT(text != NULL);
+    LX_ASSERT(word != NULL);
+    int32_t start = LX_SkipToWord(text, cursor, options);
+    const uchar *t = bytes(text);
+    if (start < 0 || t[start] == 0) return LX_ERR_NOT_FOUND;
+
+    const bool markup = (options & LX_OPT_MARKUP) != 0;
+    const bool addresses = (options & LX_OPT_IGNORE_ADDRESSES) != 0;
+    int32_t n = 0, dots = 0, entityStart = 0;
+    bool inEntity = false;
+    if (wordSz >= 2) {
+        word[n++] = static_cast<char>(t[start]);
+        if (markup && t[start] == '&') inEntity = true;
+    }
+    int32_t i = start + 1;
+    for (; t[i] != 0 && n < wordSz - 1; ++i) {
+        const uchar c = t[i], before = t[i - 1], after = t[i + 1];
+        bool take;
+        if (c == '.') {
+            take = lx_is_alnum(before) && (lx_is_alnum(after) || after == '\'');
+            if (take) ++dots;
+        } else if (c == '-') {
+            take = lx_is_alnum(before) && lx_is_alnum(after);
+        } else if (c == '&' && markup) {
+            inEntity = true;
+            entityStart = n;
+            take = true;
+        } else if (c == ';' && inEntity) {
+            inEntity = false;
+            word[n] = '\0';
+            if (LX_IsLetterEntity(word + entityStart + 1)) {
+                take = true;
+            } else {
+                n = entityStart; // the word ends before the '&'
+                take = false;
+            }
+        } else if (c == '#' && inEntity) {
+            take = true;
+        } else if (c == '@' && addresses) {
+            take = mail_test(t, i);
+        } else if (c == ':' && addresses) {
+            take = lx_is_alnum(before) && after == '/';
+        } else if (c == '/' && addresses) {
+            take = dots > 0 || ((before == ':' || before == '/') && (is_name_char(after) || after == '/'));
+        } else if ((c == '%' || c == '&' || c == '+' || c == '=' || c == '?') && addresses) {
+            take = dots > 0;
+        } else if (c == '_' && addresses) {
+            take = underscore_test(t, i);
+        } else {
+            take = lx_is_alnum(c) || c == '\'';
+        }
+        if (!take) break;
+        word[n++] = static_cast<char>(c);
+    }
+
+    bool abbreviation = !(dots > 0 && has_run_of_three(word, n));
+    if (t[i] == '.' && dots > 0 && abbreviation && n < wordSz - 1) {
+        word[n++] = '.';
+        ++dots;
+    }
+    for (;;) {
+        bool removed = false;
+        if (n >= 2 && word[n - 1] == '\'' && word[n - 2] != 's' && word[n - 2] != 'S') {
+            --n;
+            removed = true;
+        }
+        if (n > 0 && word[n - 1] == '.' && (!abbreviation || dots == 1)) {
+            --n;
+            continue;
+        }
+        if (!removed) break;
+    }
+    if (wordSz >= 1) word[n] = '\0';
+    return start;
+}
+
+void LX_PrevTextWord(const char *text, int32_t cursor, uint32_t options, char *word, int32_t wordSz) {
+    LX_ASSERT(text != NULL);
+    LX_ASSERT(word != NULL);
+    word[0] = '\0';
+    const uchar *t = bytes(text);
+    int32_t i = cursor - 1;
+    while (i >= 0 && lx_is_space(t[i])) --i;
+    if (i <= 0) return;
+    while (i > 0) {
+        uchar c = t[i - 1];
+        if (!(lx_is_alnum(c) || c == '\'' || c == '.' || c == '-')) break;
+        --i;
+    }
+    LX_ExtractWord(text, i, options, word, wordSz);
+}
+
+extern "C" LX_API int32_t LX_NextTextWord(const char *text, int32_t cursor, uint32_t options) {
+    LX_ASSERT(text != NULL);
+    LX_ASSERT(cursor >= 0);
+    char local[LX_MAX_WORD_SZ];
+    int32_t start = LX_ExtractWord(text, cursor, options, local, sizeof local);
+    if (start < 0) return start;
+    int32_t next = LX_SkipToWord(text, start + LX_Str_Len(local), options);
+    if (next >= 0 && text[next] != '\0') return next;
+    return LX_ERR_NOT_FOUND;
+}
+
+// --------------------------------------------------------------- rule chain
+
+int16_t LX_ActionResult(int16_t action) {
+    switch (action) {
+    case LX_ACT_EXCLUDE: return LX_RES_MISSPELLED;
+    case LX_ACT_AUTO_CHANGE:
+    case LX_ACT_AUTO_CHANGE_CASE: return LX_RES_AUTO_CHANGE;
+    case LX_ACT_COND_CHANGE:
+    case LX_ACT_COND_CHANGE_CASE: return LX_RES_COND_CHANGE;
+    default: return 0;
+    }
+}
+
+int LX_IsMixedCase(const char *word) {
+    const uchar *w = bytes(word);
+    if (w[0] == 0) return 0;
+    int32_t i = 1;
+    while (w[i] != 0 && !lx_is_alpha(w[i])) ++i;
+    if (w[i] == 0) return 0;
+    const uchar wanted = lx_is_lower(w[i]) ? LX_CC_UPPER : LX_CC_LOWER;
+    for (; w[i] != 0; ++i)
+        if (lx_class(w[i]) & wanted) return 1;
+    return 0;
+}
+
+int LX_IsIgnoredWord(const char *word, uint32_t options) {
+    const uchar *w = bytes(word);
+    if ((options & LX_OPT_IGNORE_CAPITALISED) && lx_is_upper(w[0])) return 1;
+    if ((options & LX_OPT_IGNORE_MIXED_CASE) && LX_IsMixedCase(word)) return 1;
+    if (options & LX_OPT_IGNORE_WITH_DIGITS) {
+        for (const uchar *p = w; *p; ++p)
+            if (lx_is_digit(*p)) return 1;
+    }
+    if (options & LX_OPT_IGNORE_ALL_CAPITALS) {
+        const uchar *p = w;
+        while (*p && lx_is_upper(*p)) ++p;
+        if (*p == 0) return 1;
+    }
+    if (options & LX_OPT_IGNORE_NO_LETTERS) {
+        const uchar *p = w;
+        while (*p && !lx_is_alpha(*p)) ++p;
+        if (*p == 0) return 1;
+    }
+    if (options & LX_OPT_IGNORE_ADDRESSES) {
+        // File name: 2 to 4 letters or digits behind the last full stop.
+        if (const char *dot = LX_Str_RChr(word, '.')) {
+            const uchar *p = bytes(dot + 1);
+            int32_t k = 0;
+            while (p[k] && lx_is_alnum(p[k])) ++k;
+            if (p[k] == 0 && k >= 2 && k <= 4) return 1;
+        }
+        // URL: the first ':' is followed by "//".
+        if (const char *colon = LX_Str_Chr(word, ':')) {
+            if (colon[1] == '/' && colon[2] == '/') return 1;
+        }
+        // Domain and path: 2 to 4 letters in front of the first '/',
+        // counted back to a full stop or the word's start.
+        if (const char *slash = LX_Str_Chr(word, '/')) {
+            const uchar *p = bytes(slash);
+            int32_t k = 0;
+            bool letters = true;
+            while (p - k > w && p[-k - 1] != '.') {
+                if (!lx_is_alpha(p[-k - 1])) letters = false;
+                ++k;
+            }
+            if (letters && k >= 2 && k <= 4) return 1;
+        }
+    }
+    return 0;
+}
+
+const char *LX_SplitSubWord(const char *word, uint32_t options, char *subWord) {
+    LX_ASSERT(subWord != NULL);
+    const bool hyphen = (options & LX_OPT_SPLIT_AT_HYPHEN) != 0;
+    const bool apostrophe = (options & LX_OPT_SPLIT_AT_APOSTROPHE) != 0;
+    int32_t n = 0;
+    const char *p = word;
+    for (; *p != '\0'; ++p) {
+        if ((hyphen && *p == '-') || (apostrophe && *p == '\'')) {
+            subWord[n] = '\0';
+            return p + 1;
+        }
+        if (n < kMaxChars) subWord[n++] = *p;
+    }
+    subWord[n] = '\0';
+    return p;
+}
+
+int16_t LX_FindInLexicon(const char *candidate, const char *caseWord, LX_Lexicon *lex,
+                         uint32_t options, char *repl, int32_t replSz) {
+    LX_ASSERT(lex != NULL);
+    LX_ASSERT_TEXT(candidate != NULL, "word != NULL");
+    int16_t action = LX_Lexicon_FindWord(lex, candidate, (options & LX_OPT_CASE_SENSITIVE) ? 1 : 0,
+                                         repl, replSz);
+    if ((action == LX_ACT_AUTO_CHANGE_CASE || action == LX_ACT_COND_CHANGE_CASE) && repl != nullptr)
+        LX_TransferCase(caseWord, 1, (options & LX_OPT_ACCENTED_CAPITALS) ? 1 : 0, repl);
+    return action;
+}
+
+int16_t LX_FindInLexicons(const char *candidate, const char *caseWord, LX_Lexicon *const *lexicons,
+                          uint32_t options, char *repl, int32_t replSz) {
+    for (LX_Lexicon *const *lex = lexicons; *lex != nullptr; ++lex) {
+        int16_t action = LX_FindInLexicon(candidate, caseWord, *lex, options, repl, replSz);
+        if (action >= 0) return action;
+    }
+    return LX_ERR_NOT_FOUND;
+}
+
+namespace {
+
+// The plain lookups of a word: as it stands, with a lower-case first letter,
+// and (for a word in capitals) regardless of case. Gives the action found,
+// or a value of 0 or below for none.
+int16_t plain_lookup(const char *word, LX_Lexicon *const *lexicons, uint32_t options, char *repl,
+                     int32_t replSz) {
+    int16_t action = LX_FindInLexicons(word, word, lexicons, options, repl, replSz);
+    if (action > 0 || !(options & LX_OPT_CASE_SENSITIVE)) return action;
+    const uchar *w = bytes(word);
+    if (lx_is_upper(w[0])) {
+        char lowered[LX_MAX_WORD_SZ];
+        LX_Str_Copy(lowered, sizeof lowered, word);
+        lowered[0] = static_cast<char>(lx_to_lower(w[0]));
+        action = LX_FindInLexicons(lowered, word, lexicons, options, repl, replSz);
+        if (action > 0) return action;
+    }
+    for (const uchar *p = w; *p; ++p)
+        if (lx_is_alpha(*p) && !lx_is_upper(*p)) return action;
+    return LX_FindInLexicons(word, word, lexicons, options & ~LX_OPT_CASE_SENSITIVE, repl, replSz);
+}
+
+// One trial of the accent search: the plain lookups of a candidate with
+// accented capitals taken as significant.
+bool accent_trial(const char *candidate, LX_Lexicon *const *lexicons, uint32_t options, char *repl,
+                  int32_t replSz, int16_t *result) {
+    int16_t r = LX_LookupWord(candidate, lexicons, options | LX_OPT_ACCENTED_CAPITALS, repl, replSz);
+    if (r & LX_RES_MISSPELLED) return false;
+    *result = r;
+    return true;
+}
+
+// The next form of a capital at one position of the search, or 0.
+uchar next_capital_form(uchar base, uchar current) {
+    for (uchar c = LX_Char_NextVariant(base, current); c != 0; c = LX_Char_NextVariant(base, c))
+        if (!lx_is_lower(c)) return c;
+    return 0;
+}
+
+int16_t accent_search(const char *word, LX_Lexicon *const *lexicons, uint32_t options, char *repl,
+                      int32_t replSz) {
+    const uchar *w = bytes(word);
+    char trial[LX_MAX_WORD_SZ];
+    LX_Str_Copy(trial, sizeof trial, word);
+    uchar *t = reinterpret_cast<uchar *>(trial);
+    int16_t result = 0;
+
+    bool allCapitals = true;
+    for (const uchar *p = w; *p; ++p)
+        if (!lx_is_upper(*p)) allCapitals = false;
+
+    // The first trial of either search is the word itself, whose lookups
+    // have just failed; the search starts with the second.
+    if (allCapitals) {
+        const int32_t n = LX_Str_Len(word);
+        for (int32_t trials = 1; trials < LX_ACCENT_TRIAL_LIMIT; ++trials) {
+            // Step the counter: position 0 is the lowest digit.
+            int32_t pos = 0;
+            for (; pos < n; ++pos) {
+                uchar next = next_capital_form(lx_fold(w[pos]), t[pos]);
+                if (next != 0) {
+                    t[pos] = next;
+                    break;
+                }
+                t[pos] = w[pos];
+            }
+            if (pos == n) return LX_RES_MISSPELLED;
+            if (accent_trial(trial, lexicons, options, repl, replSz, &result)) return result;
+        }
+        return LX_RES_MISSPELLED;
+    }
+    if (lx_is_upper(w[0])) {
+        const uchar base = lx_fold(w[0]);
+        for (uchar c = LX_Char_NextVariant(base, w[0]); c != 0; c = LX_Char_NextVariant(base, c)) {
+            t[0] = c;
+            if (accent_trial(trial, lexicons, options, repl, replSz, &result)) return result;
+        }
+    }
+    return LX_RES_MISSPELLED;
+}
+
+} // namespace
+
+int16_t LX_LookupWord(const char *word, LX_Lexicon *const *lexicons, uint32_t options, char *repl,
+                      int32_t replSz) {
+    int16_t action = plain_lookup(word, lexicons, options, repl, replSz);
+    if (action > 0) return LX_ActionResult(action);
+    if (options & LX_OPT_ACCENTED_CAPITALS) return LX_RES_MISSPELLED;
+    return accent_search(word, lexicons, options, repl, replSz);
+}
+
+namespace {
+
+void run_together_rule(const char *norm, LX_Lexicon *const *lexicons, uint32_t options,
+                       int16_t &result) {
+    const int32_t limit = LX_Str_Len(norm) - 2;
+    char piece[LX_MAX_WORD_SZ];
+    for (int32_t k = 2; k <= limit; ++k) {
+        LX_Str_CopyN(piece, sizeof piece, norm, k);
+        int32_t scratch = 0;
+        if (LX_CheckWord(piece, lexicons, options & ~LX_OPT_SPLIT_RUN_TOGETHER, nullptr, 0, &scratch) != 0)
+            continue;
+        if (LX_CheckWord(norm + k, lexicons, options, nullptr, 0, &scratch) != 0) continue;
+        result &= ~LX_RES_MISSPELLED;
+        return;
+    }
+}
+
+void split_rule(const char *norm, LX_Lexicon *const *lexicons, uint32_t options, char *repl,
+                int32_t replSz, int32_t *offset, int16_t &result) {
+    char piece[LX_MAX_WORD_SZ], alt[LX_MAX_WORD_SZ];
+    const char *right = LX_SplitSubWord(norm, options, piece);
+    if (*right == '\0') return;
+    int16_t r = LX_CheckWord(piece, lexicons, options, alt, sizeof alt, nullptr);
+    if (r != 0) {
+        if (r == LX_RES_AUTO_CHANGE || r == LX_RES_COND_CHANGE) {
+            result = static_cast<int16_t>((result & ~LX_RES_MISSPELLED) | r);
+            if (repl) LX_Str_Copy(repl, replSz, alt);
+        }
+        return;
+    }
+    int32_t sub = static_cast<int32_t>(right - norm);
+    r = LX_CheckWord(right, lexicons, options, alt, sizeof alt, &sub);
+    result &= ~LX_RES_MISSPELLED;
+    if (r == 0) return;
+    if (offset) *offset += sub;
+    result |= r;
+    if (repl) LX_Str_Copy(repl, replSz, alt);
+}
+
+void digit_rule(const char *norm, char *repl, int32_t replSz, int16_t &result) {
+    const uchar *w = bytes(norm);
+    bool hasDigit = false;
+    for (const uchar *p = w; *p && !hasDigit; ++p) hasDigit = lx_is_digit(*p);
+    if (!hasDigit) return;
+    result |= LX_RES_WITH_DIGITS;
+    if (!repl) return;
+    LX_Str_Copy(repl, replSz, norm);
+    uchar *r = reinterpret_cast<uchar *>(repl);
+    int32_t len = LX_Str_Len(repl);
+    bool afterLetter = lx_is_alpha(r[0]);
+    for (int32_t i = 0; r[i] != 0; ++i) {
+        const uchar c = r[i];
+        bool blank = (lx_is_digit(c) && afterLetter) || (lx_is_alpha(c) && !afterLetter);
+        if (blank && len + 1 < replSz) {
+            for (int32_t k = len; k >= i; --k) r[k + 1] = r[k];
+            r[i++] = ' ';
+            ++len;
+        }
+        afterLetter = lx_is_alpha(c);
+    }
+}
+
+void capitalisation_rule(const char *norm, LX_Lexicon *const *lexicons, uint32_t options, char *repl,
+                         int32_t replSz, int16_t &result) {
+    char first[LX_MAX_WORD_SZ], all[LX_MAX_WORD_SZ];
+    LX_Str_Copy(first, sizeof first, norm);
+    LX_Str_Copy(all, sizeof all, norm);
+    first[0] = static_cast<char>(lx_to_upper(lx_byte(first[0])));
+    for (char *p = all; *p; ++p) *p = static_cast<char>(lx_to_upper(lx_byte(*p)));
+    const char *found;
+    if (LX_FindInLexicons(first, norm, lexicons, options, repl, replSz) >= 0)
+        found = first;
+    else if (LX_FindInLexicons(all, norm, lexicons, options, repl, replSz) >= 0)
+        found = all;
+    else
+        return;
+    if (repl) LX_Str_Copy(repl, replSz, found);
+    result |= LX_RES_CAPITALISATION;
+}
+
+} // namespace
+
+int16_t LX_CheckWord(const char *word, LX_Lexicon *const *lexicons, uint32_t options, char *repl,
+                     int32_t replSz, int32_t *offset) {
+    LX_ASSERT(word != NULL);
+    const int mixed = LX_IsMixedCase(word);
+    char norm[LX_MAX_WORD_SZ];
+    if (LX_NormaliseWord(word, options, norm) == 0) return 0;
+    if (repl) LX_Str_Copy(repl, replSz, word);
+    if (LX_IsIgnoredWord(norm, options)) return 0;
+
+    int16_t result = 0;
+    if (options & LX_OPT_CHECK_SPELLING) {
+        result = LX_LookupWord(norm, lexicons, options, repl, replSz);
+        if ((result & LX_RES_MISSPELLED) && (options & LX_OPT_SPLIT_RUN_TOGETHER))
+            run_together_rule(norm, lexicons, options, result);
+        if ((result & LX_RES_MISSPELLED) && (options & (LX_OPT_SPLIT_AT_HYPHEN | LX_OPT_SPLIT_AT_APOSTROPHE)))
+            split_rule(norm, lexicons, options, repl, replSz, offset, result);
+    }
+    if ((options & LX_OPT_REPORT_MIXED_CASE) && mixed) {
+        result |= LX_RES_MIXED_CASE;
+        if (repl) {
+            LX_Str_Copy(repl, replSz, norm);
+            for (char *p = repl; *p; ++p) *p = static_cast<char>(lx_to_lower(lx_byte(*p)));
+            if (lx_is_upper(lx_byte(norm[0])) && repl[0] != '\0')
+                repl[0] = static_cast<char>(lx_to_upper(lx_byte(repl[0])));
+        }
+    }
+    if (options & LX_OPT_REPORT_WITH_DIGITS) digit_rule(norm, repl, replSz, result);
+    if ((options & LX_OPT_REPORT_CAPITALISATION) && (options & LX_OPT_CASE_SENSITIVE) &&
+        (result & LX_RES_MISSPELLED) && lx_is_lower(lx_byte(norm[0])))
+        capitalisation_rule(norm, lexicons, options, repl, replSz, result);
+    if (!(options & LX_OPT_ACCENTED_CAPITALS) && !(result & LX_RES_MISSPELLED)) {
+        for (const uchar *p = bytes(norm); *p; ++p) {
+            if (lx_is_upper(*p) && lx_fold(*p) != *p) {
+                result |= LX_RES_MISSPELLED;
+                break;
+            }
+        }
+    }
+    if (repl) LX_RestorePossessive(word, options, repl);
+    return result;
+}
+
+// ------------------------------------------------------------------- driver
+
+namespace {
+
+bool only_space_between(const uchar *t, int32_t cursor, const char *prev) {
+    int32_t plen = LX_Str_Len(prev);
+    const int last = plen > 0 ? lx_byte(prev[plen - 1]) : -1;
+    for (int32_t i = cursor - 1; i >= 0; --i) {
+        if (t[i] == last) return true;
+        if (!lx_is_space(t[i])) return false;
+    }
+    return true;
+}
+
+void narrow_report(uint32_t options, int32_t delta, int32_t *cursor, char *word, int32_t wordSz) {
+    if (delta > 0) *cursor += delta;
+    // When repl shares the buffer of word, word may now be shorter than
+    // the offset of the piece.
+    int32_t len = LX_Str_Len(word);
+    char piece[LX_MAX_WORD_SZ];
+    LX_SplitSubWord(word + (delta < len ? delta : len), options, piece);
+    LX_Str_Copy(word, wordSz, piece);
+}
+
+} // namespace
+
+extern "C" LX_API int32_t LX_CheckText(const char *text, LX_Lexicon *const *lexicons, uint32_t options,
+                                       int32_t *cursor, char *word, int32_t wordSz, char *repl,
+                                       int32_t replSz) {
+    LX_ASSERT(text != NULL);
+    LX_ASSERT(word != NULL);
+    const uint32_t splitOptions = LX_OPT_SPLIT_AT_HYPHEN | LX_OPT_SPLIT_AT_APOSTROPHE;
+    int32_t delta = 0;
+
+    if (options & LX_OPT_SINGLE_WORD) {
+        LX_Str_Copy(word, wordSz, text + *cursor);
+        int16_t r = LX_CheckWord(word, lexicons, options, repl, replSz, &delta);
+        if ((r & LX_RES_MISSPELLED) && (options & splitOptions))
+            narrow_report(options, delta, cursor, word, wordSz);
+        return r == 0 ? LX_RES_NONE_LEFT : r;
+    }
+
+    const uchar *t = bytes(text);
+    const bool reportRepeated = (options & LX_OPT_REPORT_REPEATED) != 0;
+    char prev[LX_MAX_WORD_SZ];
+    prev[0] = '\0';
+    if (reportRepeated) LX_PrevTextWord(text, *cursor, options, prev, sizeof prev);
+
+    int32_t start = LX_ExtractWord(text, *cursor, options, word, wordSz);
+    *cursor = start;
+    if (start < 0) return LX_RES_NONE_LEFT;
+    for (;;) {
+        // The walk steps over the word as an 80-character buffer measures
+        // it; with a word buffer of that size, that is the word just taken.
+        int32_t walkLen = wordSz == LX_MAX_WORD_SZ ? LX_Str_Len(word) : -1;
+        int32_t r = LX_CheckWord(word, lexicons, options, repl, replSz, &delta);
+        if (reportRepeated && !LX_IsIgnoredWord(word, options)) {
+            bool equal = (options & LX_OPT_CASE_SENSITIVE) ? LX_Str_Cmp(word, prev) == 0
+                                                           : LX_Str_ICmp(word, prev) == 0;
+            if (equal && only_space_between(t, *cursor, prev)) r |= LX_RES_REPEATED;
+        }
+        if ((r & (LX_RES_MISSPELLED | LX_RES_AUTO_CHANGE | LX_RES_COND_CHANGE)) && (options & splitOptions))
+            narrow_report(options, delta, cursor, word, wordSz);
+        if (r != 0) return r;
+        if (reportRepeated) LX_Str_Copy(prev, sizeof prev, word);
+
+        int32_t next;
+        if (walkLen >= 0) {
+            next = LX_SkipToWord(text, *cursor + walkLen, options);
+            if (next < 0 || t[next] == 0) return LX_RES_NONE_LEFT;
+        } else {
+            next = LX_NextTextWord(text, *cursor, options);
+            if (next < 0) return LX_RES_NONE_LEFT;
+        }
+        *cursor = next;
+        start = LX_ExtractWord(text, next, options, word, wordSz);
+        *cursor = start;
+        if (start < 0) return LX_RES_NONE_LEFT;
+    }
+}

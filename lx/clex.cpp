@@ -1,0 +1,141 @@
+// clex.cpp - word forms. LX_NormaliseWord turns a word of the text into
+// the form that is looked up; LX_RestorePossessive and LX_TransferCase turn
+// a word from a lexicon into the form that stands in the text. Everything
+// works in automatic buffers of LX_MAX_WORD_SZ bytes.
+#include "clex.h"
+
+#include "chartab.h"
+#include "safestr.h"
+
+namespace {
+
+constexpr int32_t kMaxChars = LX_MAX_WORD_SZ - 1;
+
+bool is_apostrophe(uchar c) { return c == '\''; }
+bool is_s(uchar c) { return c == 's' || c == 'S'; }
+
+// Decodes the entities of word into out (at most 80 characters).
+void decode_entities(const char *word, char *out) {
+    const uchar *w = reinterpret_cast<const uchar *>(word);
+    int32_t n = 0;
+    auto put = [&](uchar c) {
+        if (n < kMaxChars) out[n++] = static_cast<char>(c);
+    };
+    bool inEntity = false;
+    int32_t ampAt = 0;   // index in word of the '&' that opened the entity
+    char name[LX_MAX_WORD_SZ];
+    int32_t nameLen = 0;
+    for (int32_t i = 0; w[i] != 0; ++i) {
+        uchar c = w[i];
+        if (c == '&') {
+            inEntity = true;
+            ampAt = i;
+            nameLen = 0;
+        } else if (!inEntity) {
+            put(c);
+        } else if (c != ';') {
+            if (nameLen < kMaxChars) name[nameLen++] = static_cast<char>(c);
+        } else {
+            name[nameLen] = '\0';
+            inEntity = false;
+            if (name[0] == '#') {
+                put(static_cast<uchar>(LX_Str_ToInt(name + 1) & 0xFF));
+            } else {
+                int ch = LX_Entity_Find(name);
+                if (ch >= 0) {
+                    put(static_cast<uchar>(ch));
+                } else {
+                    // Not a known entity: the '&' and everything behind it
+                    // are plain characters.
+                    put('&');
+                    i = ampAt;
+                }
+            }
+        }
+    }
+    out[n] = '\0'; // an entity still open at the end is dropped
+}
+
+} // namespace
+
+int32_t LX_NormaliseWord(const char *word, uint32_t options, char *out) {
+    char work[LX_MAX_WORD_SZ];
+    LX_Str_Copy(work, sizeof work, word);
+    if (options & LX_OPT_MARKUP) {
+        // Decoding reads the whole word, not just the first 80 characters:
+        // entities shorten it.
+        decode_entities(word, out);
+        LX_Str_Copy(work, sizeof work, out);
+    }
+    int32_t n = LX_Str_Len(work);
+    if (options & LX_OPT_STRIP_POSSESSIVE) {
+        const uchar *w = reinterpret_cast<const uchar *>(work);
+        if (n >= 2 && is_s(w[n - 1]) && is_apostrophe(w[n - 2]))
+            n -= 2;
+        else if (n >= 2 && is_apostrophe(w[n - 1]))
+            n -= 1;
+        work[n] = '\0';
+    }
+    LX_Str_Copy(out, LX_MAX_WORD_SZ, work);
+    return n;
+}
+
+void LX_RestorePossessive(const char *word, uint32_t options, char *repl) {
+    if (!(options & LX_OPT_STRIP_POSSESSIVE)) return;
+    int32_t n = LX_Str_Len(word);
+    if (n < 2) return;
+    const uchar *w = reinterpret_cast<const uchar *>(word);
+    char s;
+    if (is_apostrophe(w[n - 2]) && is_s(w[n - 1]))
+        s = static_cast<char>(w[n - 1]);
+    else if (is_s(w[n - 2]) && is_apostrophe(w[n - 1]))
+        s = static_cast<char>(w[n - 2]);
+    else
+        return;
+    int32_t r = LX_Str_Len(repl);
+    if (r > 0 && is_s(lx_byte(repl[r - 1]))) {
+        LX_Str_CatChar(repl, LX_MAX_WORD_SZ, '\'');
+    } else {
+        LX_Str_CatChar(repl, LX_MAX_WORD_SZ, '\'');
+        LX_Str_CatChar(repl, LX_MAX_WORD_SZ, s);
+    }
+}
+
+void LX_TransferCase(const char *word, int16_t mode, int16_t keepAccents, char *repl) {
+    const uchar *w = reinterpret_cast<const uchar *>(word);
+    uchar *r = reinterpret_cast<uchar *>(repl);
+
+    // Each position of repl is settled on its own: first its case, then,
+    // without keepAccents, a capital takes its base letter. A character that
+    // was just raised loses its accent whatever its class is then, so 0xFF
+    // becomes 0xDF and then 'S'.
+    auto settle = [keepAccents](uchar &c, int raise) {
+        bool raised = false;
+        if (raise > 0) {
+            raised = lx_is_lower(c);
+            c = lx_to_upper(c);
+        } else if (raise < 0) {
+            c = lx_to_lower(c);
+        }
+        if (keepAccents == 0 && (raised || lx_is_upper(c)) && lx_fold(c) != 0) c = lx_fold(c);
+    };
+
+    if (mode == 1) {
+        int32_t wi = 0;
+        for (int32_t i = 0; r[i] != 0; ++i) {
+            uchar wc = w[wi];
+            if (wc != 0 && w[wi + 1] != 0) ++wi; // the last character stands for the rest
+            settle(r[i], lx_is_upper(wc) ? 1 : -1);
+        }
+        return;
+    }
+
+    int32_t len = 0;
+    bool lacksUpper = false; // a letter without the capital bit
+    for (; w[len] != 0; ++len)
+        if (lx_is_alpha(w[len]) && !lx_is_upper(w[len])) lacksUpper = true;
+    bool allCapitals = !lacksUpper && len >= 2;
+    bool capitalised = lacksUpper && lx_is_upper(w[0]);
+    for (int32_t i = 0; r[i] != 0; ++i)
+        settle(r[i], allCapitals || (capitalised && i == 0) ? 1 : 0);
+}

@@ -1,0 +1,22 @@
+// clex.h - word forms: the form of a word that is looked up, and the form
+// of a replacement that fits the text.
+#ifndef LX_CLEX_H
+#define LX_CLEX_H
+
+#include "lxbase.h"
+
+// Decodes entities (LX_OPT_MARKUP) and takes a possessive ending off
+// (LX_OPT_STRIP_POSSESSIVE); out has LX_MAX_WORD_SZ bytes. Gives the length
+// of out; 0 means that nothing is left to check.
+int32_t LX_NormaliseWord(const char *word, uint32_t options, char *out);
+
+// Puts the possessive ending of word (as it stood in the text) onto repl,
+// a buffer of LX_MAX_WORD_SZ bytes.
+void LX_RestorePossessive(const char *word, uint32_t options, char *repl);
+
+// Gives repl the case of word: mode 1 letter by letter, mode 0 by the
+// word's kind (capitals, capitalised, other). With keepAccents 0, capitals
+// in repl lose their accents.
+void LX_TransferCase(const char *word, int16_t mode, int16_t keepAccents, char *repl);
+
+#endif

@@ -1,0 +1,22 @@
+// dmtlex.h - the memory text lexicon: a sorted vector of entries, each a
+// word with an action and an optional other word.
+#ifndef LX_DMTLEX_H
+#define LX_DMTLEX_H
+
+#include "lxbase.h"
+
+inline constexpr uint32_t DMTLEX_MAGIC = 0x01A5934B;
+
+int32_t LX_DMTLex_AddWord(LX_Lexicon *lex, const char *word, int16_t action, const char *otherWord);
+int32_t LX_DMTLex_DelWord(LX_Lexicon *lex, const char *word);
+int32_t LX_DMTLex_Clear(LX_Lexicon *lex);
+int32_t LX_DMTLex_Close(LX_Lexicon *lex);
+int16_t LX_DMTLex_FindWord(LX_Lexicon *lex, const char *word, int16_t caseSensitive, char *otherWord,
+                           int32_t otherWordSize);
+int32_t LX_DMTLex_GetImage(LX_Lexicon *lex, char *bfr, int32_t bfrSize);
+int32_t LX_DMTLex_Size(LX_Lexicon *lex);
+
+// Longest word the lexicon accepts: no check path can look up a longer one.
+inline constexpr int32_t LX_DMTLEX_MAX_WORD = LX_MAX_WORD_SZ - 1;
+
+#endif

@@ -1,0 +1,67 @@
+// lexicon.cpp - dispatch of the lexicon operations on the record's kind.
+//
+// The dispatch keeps no state and writes no message: a kind without
+// routines (including none, and LEX_MC) gets LX_ERR_UNSUPPORTED and the
+// record stays as it was; every other result comes from the kind's routine
+// unchanged.
+#include "lexicon.h"
+
+#include "dmtlex.h"
+
+extern "C" LX_API int32_t LX_Lexicon_AddWord(LX_Lexicon *lex, const char *word, int16_t action,
+                                             const char *otherWord) {
+    LX_ASSERT(lex != NULL);
+    switch (lex->kind) {
+    case LEX_DMT: return LX_DMTLex_AddWord(lex, word, action, otherWord);
+    default: return LX_ERR_UNSUPPORTED;
+    }
+}
+
+extern "C" LX_API int32_t LX_Lexicon_DelWord(LX_Lexicon *lex, const char *word) {
+    LX_ASSERT(lex != NULL);
+    switch (lex->kind) {
+    case LEX_DMT: return LX_DMTLex_DelWord(lex, word);
+    default: return LX_ERR_UNSUPPORTED;
+    }
+}
+
+extern "C" LX_API int32_t LX_Lexicon_Clear(LX_Lexicon *lex) {
+    LX_ASSERT(lex != NULL);
+    switch (lex->kind) {
+    case LEX_DMT: return LX_DMTLex_Clear(lex);
+    default: return LX_ERR_UNSUPPORTED;
+    }
+}
+
+extern "C" LX_API int32_t LX_Lexicon_Close(LX_Lexicon *lex) {
+    LX_ASSERT(lex != NULL);
+    switch (lex->kind) {
+    case LEX_DMT: return LX_DMTLex_Close(lex);
+    default: return LX_ERR_UNSUPPORTED;
+    }
+}
+
+int16_t LX_Lexicon_FindWord(LX_Lexicon *lex, const char *word, int16_t caseSensitive,
+                            char *otherWord, int32_t otherWordSize) {
+    LX_ASSERT(lex != NULL);
+    switch (lex->kind) {
+    case LEX_DMT: return LX_DMTLex_FindWord(lex, word, caseSensitive, otherWord, otherWordSize);
+    default: return LX_ERR_UNSUPPORTED;
+    }
+}
+
+extern "C" LX_API int32_t LX_Lexicon_GetImage(LX_Lexicon *lex, char *bfr, int32_t bfrSize) {
+    LX_ASSERT(lex != NULL);
+    switch (lex->kind) {
+    case LEX_DMT: return LX_DMTLex_GetImage(lex, bfr, bfrSize);
+    default: return LX_ERR_UNSUPPORTED;
+    }
+}
+
+extern "C" LX_API int32_t LX_Lexicon_Size(LX_Lexicon *lex) {
+    LX_ASSERT(lex != NULL);
+    switch (lex->kind) {
+    case LEX_DMT: return LX_DMTLex_Size(lex);
+    default: return LX_ERR_UNSUPPORTED;
+    }
+}
