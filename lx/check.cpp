@@ -365,23 +365,44 @@ uchar next_capital_form(uchar base, uchar current) {
     return 0;
 }
 
+// True if some lexicon of the list may hold a form of word that differs
+// from it only in accents or case.
+bool any_may_hold_base_form(const char *word, LX_Lexicon *const *lexicons, int32_t *nLexicons) {
+    const uint32_t baseHash = LX_BaseFormHash(word);
+    bool any = false;
+    int32_t n = 0;
+    for (LX_Lexicon *const *lex = lexicons; *lex != nullptr; ++lex, ++n)
+        if (!any && LX_Lexicon_MayHoldBaseForm(*lex, baseHash)) any = true;
+    *nLexicons = n;
+    return any;
+}
+
 int16_t accent_search(const char *word, LX_Lexicon *const *lexicons, uint32_t options, char *repl,
                       int32_t replSz) {
     const uchar *w = bytes(word);
+    const bool allCapitals = [w] {
+        for (const uchar *p = w; *p; ++p)
+            if (!lx_is_upper(*p)) return false;
+        return true;
+    }();
+    if (!allCapitals && !lx_is_upper(w[0])) return LX_RES_MISSPELLED;
+
+    // Every trial has the base form of the word: if no lexicon can hold
+    // that, no trial can succeed.
+    int32_t nLexicons = 0;
+    if (!any_may_hold_base_form(word, lexicons, &nLexicons)) return LX_RES_MISSPELLED;
+
     char trial[LX_MAX_WORD_SZ];
     LX_Str_Copy(trial, sizeof trial, word);
     uchar *t = reinterpret_cast<uchar *>(trial);
     int16_t result = 0;
 
-    bool allCapitals = true;
-    for (const uchar *p = w; *p; ++p)
-        if (!lx_is_upper(*p)) allCapitals = false;
-
     // The first trial of either search is the word itself, whose lookups
     // have just failed; the search starts with the second.
     if (allCapitals) {
         const int32_t n = LX_Str_Len(word);
-        for (int32_t trials = 1; trials < LX_ACCENT_TRIAL_LIMIT; ++trials) {
+        const int32_t maxTrials = LX_ACCENT_SEARCH_BUDGET / (3 * (nLexicons > 0 ? nLexicons : 1) * (n + 8));
+        for (int32_t trials = 1; trials <= maxTrials; ++trials) {
             // Step the counter: position 0 is the lowest digit.
             int32_t pos = 0;
             for (; pos < n; ++pos) {
@@ -397,12 +418,10 @@ int16_t accent_search(const char *word, LX_Lexicon *const *lexicons, uint32_t op
         }
         return LX_RES_MISSPELLED;
     }
-    if (lx_is_upper(w[0])) {
-        const uchar base = lx_fold(w[0]);
-        for (uchar c = LX_Char_NextVariant(base, w[0]); c != 0; c = LX_Char_NextVariant(base, c)) {
-            t[0] = c;
-            if (accent_trial(trial, lexicons, options, repl, replSz, &result)) return result;
-        }
+    const uchar base = lx_fold(w[0]);
+    for (uchar c = LX_Char_NextVariant(base, w[0]); c != 0; c = LX_Char_NextVariant(base, c)) {
+        t[0] = c;
+        if (accent_trial(trial, lexicons, options, repl, replSz, &result)) return result;
     }
     return LX_RES_MISSPELLED;
 }

@@ -8,7 +8,9 @@
 // index of two open-addressing hash tables, one by exact word and one by
 // word folded to lower case (holding the first entry of each folded form
 // in byte order, which is the entry a case-insensitive scan would find).
-// The index is a cache. Appends and insertions keep it up to date; a
+// A bit set of hashes of the words' base forms (accents and case taken
+// off) lets the accent search of the rule chain learn at once that no
+// accented form of a word can be here. The index is a cache. Appends and insertions keep it up to date; a
 // deletion or a clear marks it stale, and the next lookup rebuilds it. If
 // memory for it can't be had, lookups fall back to a binary search and a
 // linear scan, which give the same answers.
@@ -18,6 +20,7 @@
 
 #include "chartab.h"
 #include "diag.h"
+#include "lexicon.h"
 #include "lxvector.h"
 #include "platform.h"
 #include "safestr.h"
@@ -34,6 +37,7 @@ namespace {
 struct DmtIndex {
     uint64_t *exact;
     uint64_t *folded;
+    uint64_t *baseBits; // (mask + 1) * 8 bits, one set per base form
     uint32_t mask;  // table size - 1; the size is a power of two
     int32_t used;   // entries indexed (the same in both tables)
     bool stale;
@@ -51,6 +55,21 @@ uint32_t hash_folded(const uchar *w) {
     return h;
 }
 
+// Bit of the base-form set for a base-form hash.
+void base_bit(const DmtIndex *ix, uint32_t baseHash, size_t *word, uint64_t *bit) {
+    size_t nbits = (static_cast<size_t>(ix->mask) + 1) * 8;
+    size_t b = baseHash & (nbits - 1);
+    *word = b / 64;
+    *bit = uint64_t{1} << (b % 64);
+}
+
+void put_base(DmtIndex *ix, const char *word) {
+    size_t w;
+    uint64_t bit;
+    base_bit(ix, LX_BaseFormHash(word), &w, &bit);
+    ix->baseBits[w] |= bit;
+}
+
 LX_LexEntry *entries(LX_Lexicon *lex) { return static_cast<LX_LexEntry *>(lex->dmt.words.data); }
 
 DmtIndex *index_of(LX_Lexicon *lex) { return static_cast<DmtIndex *>(lex->dmt.index); }
@@ -59,6 +78,7 @@ void index_free(LX_Lexicon *lex) {
     if (DmtIndex *ix = index_of(lex)) {
         LX_MEM_FREE(ix->exact);
         LX_MEM_FREE(ix->folded);
+        LX_MEM_FREE(ix->baseBits);
         LX_MEM_FREE(ix);
         lex->dmt.index = nullptr;
     }
@@ -109,9 +129,11 @@ bool index_build(LX_Lexicon *lex) {
         if (!ix) return false;
         ix->exact = static_cast<uint64_t *>(LX_MEM_ALLOC(size * sizeof(uint64_t)));
         ix->folded = static_cast<uint64_t *>(LX_MEM_ALLOC(size * sizeof(uint64_t)));
-        if (!ix->exact || !ix->folded) {
+        ix->baseBits = static_cast<uint64_t *>(LX_MEM_ALLOC(size)); // 8 bits a slot
+        if (!ix->exact || !ix->folded || !ix->baseBits) {
             LX_MEM_FREE(ix->exact);
             LX_MEM_FREE(ix->folded);
+            LX_MEM_FREE(ix->baseBits);
             LX_MEM_FREE(ix);
             return false;
         }
@@ -120,11 +142,13 @@ bool index_build(LX_Lexicon *lex) {
     }
     std::memset(ix->exact, 0, (ix->mask + 1) * sizeof(uint64_t));
     std::memset(ix->folded, 0, (ix->mask + 1) * sizeof(uint64_t));
+    std::memset(ix->baseBits, 0, ix->mask + 1);
     LX_LexEntry *all = entries(lex);
     for (int32_t e = 0; e < count; ++e) {
         const uchar *w = reinterpret_cast<const uchar *>(all[e].word);
         put_exact(ix, w, e);
         put_folded(ix, all, w, e);
+        put_base(ix, all[e].word);
     }
     ix->used = count;
     ix->stale = false;
@@ -156,6 +180,7 @@ void index_inserted(LX_Lexicon *lex, int32_t at) {
     const uchar *w = reinterpret_cast<const uchar *>(entries(lex)[at].word);
     put_exact(ix, w, at);
     put_folded(ix, entries(lex), w, at);
+    put_base(ix, entries(lex)[at].word);
     ++ix->used;
 }
 
@@ -325,6 +350,16 @@ int16_t LX_DMTLex_FindWord(LX_Lexicon *lex, const char *word, int16_t caseSensit
             otherWord[0] = '\0';
     }
     return entry.action;
+}
+
+int LX_DMTLex_MayHoldBaseForm(LX_Lexicon *lex, uint32_t baseHash) {
+    check_open(lex);
+    DmtIndex *ix = index_ready(lex);
+    if (ix == nullptr) return 1; // can't tell
+    size_t w;
+    uint64_t bit;
+    base_bit(ix, baseHash, &w, &bit);
+    return (ix->baseBits[w] & bit) != 0;
 }
 
 int32_t LX_DMTLex_GetImage(LX_Lexicon *lex, char *bfr, int32_t bfrSize) {

@@ -13,6 +13,9 @@ int32_t LX_DMTLex_Clear(LX_Lexicon *lex);
 int32_t LX_DMTLex_Close(LX_Lexicon *lex);
 int16_t LX_DMTLex_FindWord(LX_Lexicon *lex, const char *word, int16_t caseSensitive, char *otherWord,
                            int32_t otherWordSize);
+// 0 if no word of the lexicon has the base form of this hash
+// (LX_BaseFormHash), 1 if one may have it.
+int LX_DMTLex_MayHoldBaseForm(LX_Lexicon *lex, uint32_t baseHash);
 int32_t LX_DMTLex_GetImage(LX_Lexicon *lex, char *bfr, int32_t bfrSize);
 int32_t LX_DMTLex_Size(LX_Lexicon *lex);
 

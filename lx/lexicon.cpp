@@ -6,6 +6,7 @@
 // unchanged.
 #include "lexicon.h"
 
+#include "chartab.h"
 #include "dmtlex.h"
 
 extern "C" LX_API int32_t LX_Lexicon_AddWord(LX_Lexicon *lex, const char *word, int16_t action,
@@ -63,5 +64,22 @@ extern "C" LX_API int32_t LX_Lexicon_Size(LX_Lexicon *lex) {
     switch (lex->kind) {
     case LEX_DMT: return LX_DMTLex_Size(lex);
     default: return LX_ERR_UNSUPPORTED;
+    }
+}
+
+uint32_t LX_BaseFormHash(const char *word) {
+    uint32_t h = 2166136261u;
+    for (const uchar *p = reinterpret_cast<const uchar *>(word); *p; ++p) {
+        uchar base = lx_fold(*p);
+        h = (h ^ (base != 0 ? base : 1u)) * 16777619u;
+    }
+    return h;
+}
+
+int LX_Lexicon_MayHoldBaseForm(LX_Lexicon *lex, uint32_t baseHash) {
+    LX_ASSERT(lex != NULL);
+    switch (lex->kind) {
+    case LEX_DMT: return LX_DMTLex_MayHoldBaseForm(lex, baseHash);
+    default: return 1;
     }
 }

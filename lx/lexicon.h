@@ -10,4 +10,13 @@
 int16_t LX_Lexicon_FindWord(LX_Lexicon *lex, const char *word, int16_t caseSensitive,
                             char *otherWord, int32_t otherWordSize);
 
+// Hash of a word's base form: every letter by its base letter, every
+// character without one by the same mark, so that all accented and case
+// forms of a word share it.
+uint32_t LX_BaseFormHash(const char *word);
+
+// 0 if the lexicon certainly holds no word with this base-form hash, 1 if
+// it may. Kinds that can't tell answer 1.
+int LX_Lexicon_MayHoldBaseForm(LX_Lexicon *lex, uint32_t baseHash);
+
 #endif

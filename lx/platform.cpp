@@ -14,6 +14,7 @@ LX_MemPool LX_MemHandle = 0;
 namespace {
 long gFailAfter = -1;
 long gLiveBlocks = 0;
+long gAllocations = 0;
 } // namespace
 
 LX_MemPool LX_Mem_NewHandle(const char *, const char *, const char *, int) { return 1; }
@@ -26,6 +27,7 @@ void *LX_Mem_Alloc(LX_MemPool, size_t size, const char *, int) {
     if (gFailAfter > 0) --gFailAfter;
     void *block = std::malloc(size == 0 ? 1 : size);
     if (block) ++gLiveBlocks;
+    ++gAllocations;
     return block;
 }
 
@@ -42,6 +44,7 @@ void *LX_Mem_AllocHere(size_t size, const char *file, int line) {
 
 void LX_Mem_FailAfter(long failAfter) { gFailAfter = failAfter; }
 long LX_Mem_LiveBlocks() { return gLiveBlocks; }
+long LX_Mem_Allocations() { return gAllocations; }
 
 int LX_VFormatGrow(char **buf, size_t *bufSize, const char *format, va_list args) {
     va_list again;

@@ -26,9 +26,12 @@ void *LX_Mem_AllocHere(size_t size, const char *file, int line);
 
 // Test hook: make the allocation that comes failAfter allocations from now
 // fail (0 = the next one); a negative value switches failures off.
-// Live blocks are counted so that tests can see leaks.
+// Live blocks and allocations are counted so that tests can see leaks
+// and benchmarks can see allocations.
 void LX_Mem_FailAfter(long failAfter);
 long LX_Mem_LiveBlocks();
+// Allocations asked of the pool since the process began.
+long LX_Mem_Allocations();
 
 // Formats into *buf, growing it (and *bufSize) as needed. Gives non-zero if
 // the text was formatted; on failure the buffer keeps its old text.

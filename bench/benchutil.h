@@ -1,0 +1,23 @@
+// benchutil.h - what the benchmarks share: loading the bundled word list
+// into a memory lexicon, building texts, and a clock.
+#ifndef LX_BENCH_BENCHUTIL_H
+#define LX_BENCH_BENCHUTIL_H
+
+#include <chrono>
+#include <string>
+#include <vector>
+
+#include "lxengine.h"
+
+double now_seconds();
+
+// The words of a CR LF word list, in file order.
+std::vector<std::string> read_word_list(const std::string &path);
+
+// Fills lex (kind set, created) with words, sorted first in byte order so
+// that every addition appends. Returns the number stored.
+int load_memory_lexicon(LX_Lexicon *lex, std::vector<std::string> words);
+
+std::string read_file(const std::string &path);
+
+#endif
