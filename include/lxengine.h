@@ -155,6 +155,21 @@ typedef struct LX_Lexicon {
     int32_t kind; /* LEX_DMT, ...; 0 for none */
 } LX_Lexicon;
 
+/* One suggestion. */
+typedef struct SuggEntry {
+    char word[LX_MAX_WORD_SZ]; /* NUL-terminated; two words with a space between are one candidate */
+    int16_t score;             /* 0 to 100, higher is better */
+} SuggEntry;
+
+/* The caller's bounded list of suggestions: by falling score, each text
+ * once, count <= capacity. The caller allocates entries, sets capacity
+ * (which the engine never changes) and count (normally 0). */
+typedef struct SuggSet {
+    SuggEntry *entries; /* capacity entries, owned by the caller */
+    int32_t count;      /* entries in use */
+    int32_t capacity;   /* length of entries */
+} SuggSet;
+
 /* Kinds of lexicon, the values of LX_Lexicon.kind. */
 #define LEX_DMT 2 /* memory text lexicon */
 #define LEX_DFT 3 /* disk text lexicon */
@@ -191,6 +206,28 @@ LX_API int32_t LX_DelText(char *text, int32_t cursor, int32_t count);
  * bytes. Returns the new length, or LX_ERR_RANGE (text unchanged) when the
  * result and its terminator would not fit. */
 LX_API int32_t LX_InsertText(char *text, int32_t textSz, int32_t cursor, const char *str);
+
+/* ----------------------------------------------------------- suggestions */
+
+/* LX_Suggest: proposes replacements for word (as it stands in the text,
+ * with its case and any possessive ending) and adds them to set, best
+ * first. options are those given to LX_CheckText, with the suggestion bits:
+ *   LX_OPT_SUGGEST_TYPOGRAPHIC: single edits of the word (depth >= 10),
+ *     wildcard searches (depth >= 30), and a sweep of the lexicons with the
+ *     typographic comparator;
+ *   LX_OPT_SUGGEST_PHONETIC: a sweep with the phonetic comparator;
+ *   LX_OPT_SUGGEST_SPLIT: the word divided into two words.
+ * depth (0 to 100) says how far to search; above 30 every lexicon is swept.
+ * An edit counts only if LX_CheckText passes it. Every candidate ends up
+ * with a score of 1 to 100 (99: the replacement a lexicon stores for this
+ * very word), in the case of word and with its possessive ending.
+ * Candidates of equal score keep the order in which they were found, so
+ * the list is the same on every run. Entries already in set stay and are
+ * treated like new ones. Asserts word != NULL and set != NULL.
+ * Returns the number of entries in set; 0 (set unchanged) if nothing of
+ * word is left to check. Never an error. */
+LX_API int32_t LX_Suggest(const char *word, int32_t depth, LX_Lexicon *const *lexicons,
+                          uint32_t options, SuggSet *set);
 
 /* -------------------------------------------------------------- lexicons */
 

@@ -24,6 +24,7 @@
 #include "lxvector.h"
 #include "platform.h"
 #include "safestr.h"
+#include "suggset.h"
 
 #define MAGIC DMTLEX_MAGIC
 
@@ -395,4 +396,75 @@ int32_t LX_DMTLex_Size(LX_Lexicon *lex) {
         if (all[e].otherWord) size += static_cast<int64_t>(std::strlen(all[e].otherWord));
     }
     return size > INT32_MAX ? LX_ERR_RANGE : static_cast<int32_t>(size);
+}
+
+int32_t LX_DMTLex_FindPattern(LX_Lexicon *lex, const char *pattern, int16_t caseSensitive,
+                              SuggSet *matches) {
+    check_open(lex);
+    LX_ASSERT(pattern != NULL);
+    LX_ASSERT(matches != NULL);
+    const LX_LexEntry *all = entries(lex);
+    const int32_t count = lex->dmt.words.count;
+    const int32_t patternLen = LX_Str_Len(pattern);
+    int32_t first = 0;
+    char prefix[LX_MAX_WORD_SZ];
+    int32_t prefixLen = 0;
+    if (caseSensitive) {
+        // Only words that begin with the pattern's characters before its
+        // first '?' can match; they form one run of the sorted entries. The
+        // walk starts at that run, after taking out of the set the excluded
+        // words it passes over, as a walk from the first entry would.
+        while (prefixLen < patternLen && pattern[prefixLen] != '?') ++prefixLen;
+        LX_Str_CopyN(prefix, sizeof prefix, pattern, prefixLen);
+        first = lower_bound(lex, prefix);
+        for (int32_t e = 0; e < first; ++e)
+            if (all[e].action == LX_ACT_EXCLUDE) SuggSet_Remove(matches, all[e].word);
+    }
+    for (int32_t e = first; e < count; ++e) {
+        const LX_LexEntry &entry = all[e];
+        if (caseSensitive && std::strncmp(entry.word, prefix, static_cast<size_t>(prefixLen)) != 0) {
+            // Past the run: no later word can match.
+            break;
+        }
+        if (entry.action == LX_ACT_EXCLUDE) {
+            SuggSet_Remove(matches, entry.word);
+        } else if (entry.action == LX_ACT_IGNORE) {
+            int16_t score = caseSensitive ? LX_Match_Pattern(pattern, entry.word)
+                                          : LX_Match_PatternNoCase(pattern, entry.word);
+            if (score > 0) SuggSet_Add(matches, entry.word, score);
+        }
+    }
+    return 0;
+}
+
+int32_t LX_DMTLex_FindSimilar(LX_Lexicon *lex, const char *word, int32_t /*depth*/,
+                              LX_WordComparatorCb wordComparatorCb, SuggSet *suggestions) {
+    check_open(lex);
+    LX_ASSERT(word != NULL);
+    LX_ASSERT(wordComparatorCb != NULL);
+    LX_ASSERT(suggestions != NULL);
+    const LX_LexEntry *all = entries(lex);
+    const int32_t count = lex->dmt.words.count;
+    for (int32_t e = 0; e < count; ++e) {
+        const LX_LexEntry &entry = all[e];
+        switch (entry.action) {
+        case LX_ACT_AUTO_CHANGE:
+        case LX_ACT_AUTO_CHANGE_CASE:
+        case LX_ACT_COND_CHANGE:
+        case LX_ACT_COND_CHANGE_CASE:
+            if (entry.otherWord != nullptr && LX_Str_Cmp(word, entry.word) == 0) {
+                SuggSet_Remove(suggestions, entry.otherWord);
+                SuggSet_Add(suggestions, entry.otherWord, 99);
+            }
+            break;
+        case LX_ACT_EXCLUDE: SuggSet_Remove(suggestions, entry.word); break;
+        case LX_ACT_IGNORE: {
+            int16_t score = wordComparatorCb(word, entry.word);
+            if (score >= 1) SuggSet_Add(suggestions, entry.word, score);
+            break;
+        }
+        default: break;
+        }
+    }
+    return 0;
 }

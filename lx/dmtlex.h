@@ -3,6 +3,7 @@
 #ifndef LX_DMTLEX_H
 #define LX_DMTLEX_H
 
+#include "compare.h"
 #include "lxbase.h"
 
 inline constexpr uint32_t DMTLEX_MAGIC = 0x01A5934B;
@@ -18,6 +19,15 @@ int16_t LX_DMTLex_FindWord(LX_Lexicon *lex, const char *word, int16_t caseSensit
 int LX_DMTLex_MayHoldBaseForm(LX_Lexicon *lex, uint32_t baseHash);
 int32_t LX_DMTLex_GetImage(LX_Lexicon *lex, char *bfr, int32_t bfrSize);
 int32_t LX_DMTLex_Size(LX_Lexicon *lex);
+
+// Searches for suggestions: every entry with LX_ACT_IGNORE that matches
+// the pattern ('?' stands for one character), or that the comparator
+// scores 1 or more, goes into the set; excluded words are taken out of it;
+// the stored replacement of a change entry for this very word goes in at 99.
+int32_t LX_DMTLex_FindPattern(LX_Lexicon *lex, const char *pattern, int16_t caseSensitive,
+                              SuggSet *matches);
+int32_t LX_DMTLex_FindSimilar(LX_Lexicon *lex, const char *word, int32_t depth,
+                              LX_WordComparatorCb wordComparatorCb, SuggSet *suggestions);
 
 // Longest word the lexicon accepts: no check path can look up a longer one.
 inline constexpr int32_t LX_DMTLEX_MAX_WORD = LX_MAX_WORD_SZ - 1;

@@ -67,6 +67,24 @@ extern "C" LX_API int32_t LX_Lexicon_Size(LX_Lexicon *lex) {
     }
 }
 
+int32_t LX_Lexicon_FindPattern(LX_Lexicon *lex, const char *pattern, int16_t caseSensitive,
+                               SuggSet *matches) {
+    LX_ASSERT(lex != NULL);
+    switch (lex->kind) {
+    case LEX_DMT: return LX_DMTLex_FindPattern(lex, pattern, caseSensitive, matches);
+    default: return LX_ERR_UNSUPPORTED;
+    }
+}
+
+int32_t LX_Lexicon_FindSimilar(LX_Lexicon *lex, const char *word, int32_t depth,
+                               LX_WordComparatorCb wordComparatorCb, SuggSet *suggestions) {
+    LX_ASSERT(lex != NULL);
+    switch (lex->kind) {
+    case LEX_DMT: return LX_DMTLex_FindSimilar(lex, word, depth, wordComparatorCb, suggestions);
+    default: return LX_ERR_UNSUPPORTED;
+    }
+}
+
 uint32_t LX_BaseFormHash(const char *word) {
     uint32_t h = 2166136261u;
     for (const uchar *p = reinterpret_cast<const uchar *>(word); *p; ++p) {

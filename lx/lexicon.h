@@ -4,11 +4,17 @@
 #ifndef LX_LEXICON_H
 #define LX_LEXICON_H
 
+#include "compare.h"
 #include "lxbase.h"
 
 // Internal operations; the others are exported and declared in lxengine.h.
 int16_t LX_Lexicon_FindWord(LX_Lexicon *lex, const char *word, int16_t caseSensitive,
                             char *otherWord, int32_t otherWordSize);
+
+int32_t LX_Lexicon_FindPattern(LX_Lexicon *lex, const char *pattern, int16_t caseSensitive,
+                               SuggSet *matches);
+int32_t LX_Lexicon_FindSimilar(LX_Lexicon *lex, const char *word, int32_t depth,
+                               LX_WordComparatorCb wordComparatorCb, SuggSet *suggestions);
 
 // Hash of a word's base form: every letter by its base letter, every
 // character without one by the same mark, so that all accented and case
