@@ -128,6 +128,14 @@ int main(int argc, char **argv) {
     time_worst_word("\\xC9AEIOUAEIOU", "\xC9" "AEIOUAEIOU", withTrap, cs);
     time_worst_word("\\xC9 + 79 x A, 4 lexicons", EA.c_str(), fourTraps, cs);
     time_worst_word("\\xC9 + 79 x A, case-insens.", EA.c_str(), withTrap, LX_OPT_CHECK_SPELLING);
+    // Run-together words: every piece passes but no division of the whole
+    // does, so every division of every rest is tried.
+    LX_Lexicon_AddWord(&trap, "aa", LX_ACT_IGNORE, nullptr);
+    std::string runOn = std::string(77, 'a') + "qzq";
+    time_worst_word("77 x a + qzq, run-together", runOn.c_str(), withTrap, cs | LX_OPT_SPLIT_RUN_TOGETHER);
+    std::string caps = "\xC1" + std::string(78, 'K') + "x";
+    time_worst_word("\\xC1 + 78 x K + x, run-tog.", caps.c_str(), withTrap,
+                    cs | LX_OPT_SPLIT_RUN_TOGETHER | LX_OPT_IGNORE_ALL_CAPITALS);
     LX_Lexicon_Close(&trap);
     LX_Lexicon_Close(&lex);
     return 0;

@@ -71,7 +71,7 @@ constexpr Tables build_tables() {
 
 constexpr Tables kTables = build_tables();
 
-static_assert(kTables.cls['e'] == 81 && kTables.cls['Z'] == 33 && kTables.cls[0xC9] == 97);
+static_assert(kTables.cls[0x65] == 81 && kTables.cls[0x5A] == 33 && kTables.cls[0xC9] == 97);
 static_assert(kTables.cls[0xDF] == 17 && kTables.cls[0xA0] == 0 && kTables.cls[0x92] == 4);
 static_assert(kTables.fold[0xE9] == 'E' && kTables.fold[0xF0] == 0 && kTables.fold[0xFF] == 'Y');
 

@@ -114,9 +114,11 @@ int32_t LX_SkipToWord(const char *text, int32_t cursor, uint32_t options) {
     return i;
 }
 
-int32_t LX_ExtractWord(const char *text, int32_t cursor, uint32_t options, char *word, int32_t wordSz) {
-    LX_ASSERT(text != NULL);
-    LX_ASSERT(word != NULL);
+namespace {
+
+// LX_ExtractWord, giving the length of the stored word as well.
+int32_t extract_word(const char *text, int32_t cursor, uint32_t options, char *word, int32_t wordSz,
+                     int32_t *length) {
     int32_t start = LX_SkipToWord(text, cursor, options);
     const uchar *t = bytes(text);
     if (start < 0 || t[start] == 0) return LX_ERR_NOT_FOUND;
@@ -133,7 +135,11 @@ int32_t LX_ExtractWord(const char *text, int32_t cursor, uint32_t options, char 
     for (; t[i] != 0 && n < wordSz - 1; ++i) {
         const uchar c = t[i], before = t[i - 1], after = t[i + 1];
         bool take;
-        if (c == '.') {
+        if (lx_is_alnum(c)) {
+            // Letters and digits are always taken; test them first, as
+            // they are nearly every byte of a text.
+            take = true;
+        } else if (c == '.') {
             take = lx_is_alnum(before) && (lx_is_alnum(after) || after == '\'');
             if (take) ++dots;
         } else if (c == '-') {
@@ -188,7 +194,17 @@ int32_t LX_ExtractWord(const char *text, int32_t cursor, uint32_t options, char 
         if (!removed) break;
     }
     if (wordSz >= 1) word[n] = '\0';
+    *length = n;
     return start;
+}
+
+} // namespace
+
+int32_t LX_ExtractWord(const char *text, int32_t cursor, uint32_t options, char *word, int32_t wordSz) {
+    LX_ASSERT(text != NULL);
+    LX_ASSERT(word != NULL);
+    int32_t length;
+    return extract_word(text, cursor, options, word, wordSz, &length);
 }
 
 void LX_PrevTextWord(const char *text, int32_t cursor, uint32_t options, char *word, int32_t wordSz) {
@@ -244,43 +260,45 @@ int LX_IsMixedCase(const char *word) {
 }
 
 int LX_IsIgnoredWord(const char *word, uint32_t options) {
+    constexpr uint32_t kIgnoreAny = LX_OPT_IGNORE_CAPITALISED | LX_OPT_IGNORE_MIXED_CASE |
+                                    LX_OPT_IGNORE_WITH_DIGITS | LX_OPT_IGNORE_ALL_CAPITALS |
+                                    LX_OPT_IGNORE_NO_LETTERS | LX_OPT_IGNORE_ADDRESSES;
+    if (!(options & kIgnoreAny)) return 0;
     const uchar *w = bytes(word);
     if ((options & LX_OPT_IGNORE_CAPITALISED) && lx_is_upper(w[0])) return 1;
     if ((options & LX_OPT_IGNORE_MIXED_CASE) && LX_IsMixedCase(word)) return 1;
-    if (options & LX_OPT_IGNORE_WITH_DIGITS) {
-        for (const uchar *p = w; *p; ++p)
-            if (lx_is_digit(*p)) return 1;
+
+    // One pass gathers what the remaining tests need.
+    bool digit = false, allUpper = true, letter = false;
+    const uchar *lastDot = nullptr, *colon = nullptr, *slash = nullptr;
+    for (const uchar *p = w; *p; ++p) {
+        const uchar cls = lx_class(*p);
+        digit |= (cls & LX_CC_DIGIT) != 0;
+        letter |= (cls & LX_CC_ALPHA) != 0;
+        allUpper &= (cls & LX_CC_UPPER) != 0;
+        if (*p == '.') lastDot = p;
+        else if (*p == ':' && !colon) colon = p;
+        else if (*p == '/' && !slash) slash = p;
     }
-    if (options & LX_OPT_IGNORE_ALL_CAPITALS) {
-        const uchar *p = w;
-        while (*p && lx_is_upper(*p)) ++p;
-        if (*p == 0) return 1;
-    }
-    if (options & LX_OPT_IGNORE_NO_LETTERS) {
-        const uchar *p = w;
-        while (*p && !lx_is_alpha(*p)) ++p;
-        if (*p == 0) return 1;
-    }
+    if ((options & LX_OPT_IGNORE_WITH_DIGITS) && digit) return 1;
+    if ((options & LX_OPT_IGNORE_ALL_CAPITALS) && allUpper) return 1; // the empty word counts
+    if ((options & LX_OPT_IGNORE_NO_LETTERS) && !letter) return 1;
     if (options & LX_OPT_IGNORE_ADDRESSES) {
         // File name: 2 to 4 letters or digits behind the last full stop.
-        if (const char *dot = LX_Str_RChr(word, '.')) {
-            const uchar *p = bytes(dot + 1);
+        if (lastDot) {
             int32_t k = 0;
-            while (p[k] && lx_is_alnum(p[k])) ++k;
-            if (p[k] == 0 && k >= 2 && k <= 4) return 1;
+            while (lastDot[1 + k] && lx_is_alnum(lastDot[1 + k])) ++k;
+            if (lastDot[1 + k] == 0 && k >= 2 && k <= 4) return 1;
         }
         // URL: the first ':' is followed by "//".
-        if (const char *colon = LX_Str_Chr(word, ':')) {
-            if (colon[1] == '/' && colon[2] == '/') return 1;
-        }
+        if (colon && colon[1] == '/' && colon[2] == '/') return 1;
         // Domain and path: 2 to 4 letters in front of the first '/',
         // counted back to a full stop or the word's start.
-        if (const char *slash = LX_Str_Chr(word, '/')) {
-            const uchar *p = bytes(slash);
+        if (slash) {
             int32_t k = 0;
             bool letters = true;
-            while (p - k > w && p[-k - 1] != '.') {
-                if (!lx_is_alpha(p[-k - 1])) letters = false;
+            while (slash - k > w && slash[-k - 1] != '.') {
+                if (!lx_is_alpha(slash[-k - 1])) letters = false;
                 ++k;
             }
             if (letters && k >= 2 && k <= 4) return 1;
@@ -328,6 +346,35 @@ int16_t LX_FindInLexicons(const char *candidate, const char *caseWord, LX_Lexico
 
 namespace {
 
+// What the rule chain shares while it judges one word of the text, through
+// all its recursive calls.
+//
+// - accentBudget: what the accent searches of the whole word may still
+//   spend (see LX_ACCENT_SEARCH_BUDGET).
+// - memo: verdicts of the run-together rule's calls on the rest of a word.
+//   The same rest is asked about again and again as the rule tries every
+//   division of every rest; remembering the verdicts keeps the work
+//   polynomial in the word's length instead of exponential. The memo lives
+//   on the stack of the outermost run-together rule.
+struct RunMemo {
+    static constexpr int32_t kSize = 96;
+    int32_t count;
+    struct {
+        char text[LX_MAX_WORD_SZ];
+        int16_t result;
+    } entries[kSize];
+};
+
+struct CheckContext {
+    int32_t accentBudget = LX_ACCENT_SEARCH_BUDGET;
+    RunMemo *memo = nullptr;
+};
+
+int16_t check_word(CheckContext &ctx, const char *word, LX_Lexicon *const *lexicons, uint32_t options,
+                   char *repl, int32_t replSz, int32_t *offset);
+int16_t lookup_word(CheckContext &ctx, const char *word, LX_Lexicon *const *lexicons, uint32_t options,
+                    char *repl, int32_t replSz);
+
 // The plain lookups of a word: as it stands, with a lower-case first letter,
 // and (for a word in capitals) regardless of case. Gives the action found,
 // or a value of 0 or below for none.
@@ -350,9 +397,9 @@ int16_t plain_lookup(const char *word, LX_Lexicon *const *lexicons, uint32_t opt
 
 // One trial of the accent search: the plain lookups of a candidate with
 // accented capitals taken as significant.
-bool accent_trial(const char *candidate, LX_Lexicon *const *lexicons, uint32_t options, char *repl,
-                  int32_t replSz, int16_t *result) {
-    int16_t r = LX_LookupWord(candidate, lexicons, options | LX_OPT_ACCENTED_CAPITALS, repl, replSz);
+bool accent_trial(CheckContext &ctx, const char *candidate, LX_Lexicon *const *lexicons, uint32_t options,
+                  char *repl, int32_t replSz, int16_t *result) {
+    int16_t r = lookup_word(ctx, candidate, lexicons, options | LX_OPT_ACCENTED_CAPITALS, repl, replSz);
     if (r & LX_RES_MISSPELLED) return false;
     *result = r;
     return true;
@@ -377,8 +424,8 @@ bool any_may_hold_base_form(const char *word, LX_Lexicon *const *lexicons, int32
     return any;
 }
 
-int16_t accent_search(const char *word, LX_Lexicon *const *lexicons, uint32_t options, char *repl,
-                      int32_t replSz) {
+int16_t accent_search(CheckContext &ctx, const char *word, LX_Lexicon *const *lexicons, uint32_t options,
+                      char *repl, int32_t replSz) {
     const uchar *w = bytes(word);
     const bool allCapitals = [w] {
         for (const uchar *p = w; *p; ++p)
@@ -401,8 +448,8 @@ int16_t accent_search(const char *word, LX_Lexicon *const *lexicons, uint32_t op
     // have just failed; the search starts with the second.
     if (allCapitals) {
         const int32_t n = LX_Str_Len(word);
-        const int32_t maxTrials = LX_ACCENT_SEARCH_BUDGET / (3 * (nLexicons > 0 ? nLexicons : 1) * (n + 8));
-        for (int32_t trials = 1; trials <= maxTrials; ++trials) {
+        const int32_t trialCost = 3 * (nLexicons > 0 ? nLexicons : 1) * (n + 8);
+        for (; ctx.accentBudget >= trialCost; ctx.accentBudget -= trialCost) {
             // Step the counter: position 0 is the lowest digit.
             int32_t pos = 0;
             for (; pos < n; ++pos) {
@@ -414,51 +461,69 @@ int16_t accent_search(const char *word, LX_Lexicon *const *lexicons, uint32_t op
                 t[pos] = w[pos];
             }
             if (pos == n) return LX_RES_MISSPELLED;
-            if (accent_trial(trial, lexicons, options, repl, replSz, &result)) return result;
+            if (accent_trial(ctx, trial, lexicons, options, repl, replSz, &result)) return result;
         }
         return LX_RES_MISSPELLED;
     }
     const uchar base = lx_fold(w[0]);
     for (uchar c = LX_Char_NextVariant(base, w[0]); c != 0; c = LX_Char_NextVariant(base, c)) {
         t[0] = c;
-        if (accent_trial(trial, lexicons, options, repl, replSz, &result)) return result;
+        if (accent_trial(ctx, trial, lexicons, options, repl, replSz, &result)) return result;
     }
     return LX_RES_MISSPELLED;
 }
 
-} // namespace
-
-int16_t LX_LookupWord(const char *word, LX_Lexicon *const *lexicons, uint32_t options, char *repl,
-                      int32_t replSz) {
+int16_t lookup_word(CheckContext &ctx, const char *word, LX_Lexicon *const *lexicons, uint32_t options,
+                    char *repl, int32_t replSz) {
     int16_t action = plain_lookup(word, lexicons, options, repl, replSz);
     if (action > 0) return LX_ActionResult(action);
     if (options & LX_OPT_ACCENTED_CAPITALS) return LX_RES_MISSPELLED;
-    return accent_search(word, lexicons, options, repl, replSz);
+    return accent_search(ctx, word, lexicons, options, repl, replSz);
 }
 
-namespace {
+// The verdict of the whole rule chain on the rest of a word, with the
+// run-together option on, remembered in the memo.
+int16_t check_rest(CheckContext &ctx, const char *rest, LX_Lexicon *const *lexicons, uint32_t options) {
+    RunMemo &memo = *ctx.memo;
+    for (int32_t i = 0; i < memo.count; ++i)
+        if (LX_Str_Cmp(memo.entries[i].text, rest) == 0) return memo.entries[i].result;
+    int32_t scratch = 0;
+    int16_t r = check_word(ctx, rest, lexicons, options, nullptr, 0, &scratch);
+    if (memo.count < RunMemo::kSize) {
+        LX_Str_Copy(memo.entries[memo.count].text, LX_MAX_WORD_SZ, rest);
+        memo.entries[memo.count++].result = r;
+    }
+    return r;
+}
 
-void run_together_rule(const char *norm, LX_Lexicon *const *lexicons, uint32_t options,
+void run_together_rule(CheckContext &ctx, const char *norm, LX_Lexicon *const *lexicons, uint32_t options,
                        int16_t &result) {
+    RunMemo local;
+    const bool outermost = ctx.memo == nullptr;
+    if (outermost) {
+        local.count = 0;
+        ctx.memo = &local;
+    }
     const int32_t limit = LX_Str_Len(norm) - 2;
     char piece[LX_MAX_WORD_SZ];
     for (int32_t k = 2; k <= limit; ++k) {
         LX_Str_CopyN(piece, sizeof piece, norm, k);
         int32_t scratch = 0;
-        if (LX_CheckWord(piece, lexicons, options & ~LX_OPT_SPLIT_RUN_TOGETHER, nullptr, 0, &scratch) != 0)
+        if (check_word(ctx, piece, lexicons, options & ~LX_OPT_SPLIT_RUN_TOGETHER, nullptr, 0, &scratch) != 0)
             continue;
-        if (LX_CheckWord(norm + k, lexicons, options, nullptr, 0, &scratch) != 0) continue;
+        if (check_rest(ctx, norm + k, lexicons, options) != 0) continue;
         result &= ~LX_RES_MISSPELLED;
-        return;
+        break;
     }
+    if (outermost) ctx.memo = nullptr;
 }
 
-void split_rule(const char *norm, LX_Lexicon *const *lexicons, uint32_t options, char *repl,
-                int32_t replSz, int32_t *offset, int16_t &result) {
+void split_rule(CheckContext &ctx, const char *norm, LX_Lexicon *const *lexicons, uint32_t options,
+                char *repl, int32_t replSz, int32_t *offset, int16_t &result) {
     char piece[LX_MAX_WORD_SZ], alt[LX_MAX_WORD_SZ];
     const char *right = LX_SplitSubWord(norm, options, piece);
     if (*right == '\0') return;
-    int16_t r = LX_CheckWord(piece, lexicons, options, alt, sizeof alt, nullptr);
+    int16_t r = check_word(ctx, piece, lexicons, options, alt, sizeof alt, nullptr);
     if (r != 0) {
         if (r == LX_RES_AUTO_CHANGE || r == LX_RES_COND_CHANGE) {
             result = static_cast<int16_t>((result & ~LX_RES_MISSPELLED) | r);
@@ -467,7 +532,7 @@ void split_rule(const char *norm, LX_Lexicon *const *lexicons, uint32_t options,
         return;
     }
     int32_t sub = static_cast<int32_t>(right - norm);
-    r = LX_CheckWord(right, lexicons, options, alt, sizeof alt, &sub);
+    r = check_word(ctx, right, lexicons, options, alt, sizeof alt, &sub);
     result &= ~LX_RES_MISSPELLED;
     if (r == 0) return;
     if (offset) *offset += sub;
@@ -516,12 +581,11 @@ void capitalisation_rule(const char *norm, LX_Lexicon *const *lexicons, uint32_t
     result |= LX_RES_CAPITALISATION;
 }
 
-} // namespace
-
-int16_t LX_CheckWord(const char *word, LX_Lexicon *const *lexicons, uint32_t options, char *repl,
-                     int32_t replSz, int32_t *offset) {
+int16_t check_word(CheckContext &ctx, const char *word, LX_Lexicon *const *lexicons, uint32_t options,
+                   char *repl, int32_t replSz, int32_t *offset) {
     LX_ASSERT(word != NULL);
-    const int mixed = LX_IsMixedCase(word);
+    // Mixed case is judged on the word before normalisation.
+    const bool mixed = (options & LX_OPT_REPORT_MIXED_CASE) && LX_IsMixedCase(word);
     char norm[LX_MAX_WORD_SZ];
     if (LX_NormaliseWord(word, options, norm) == 0) return 0;
     if (repl) LX_Str_Copy(repl, replSz, word);
@@ -529,13 +593,13 @@ int16_t LX_CheckWord(const char *word, LX_Lexicon *const *lexicons, uint32_t opt
 
     int16_t result = 0;
     if (options & LX_OPT_CHECK_SPELLING) {
-        result = LX_LookupWord(norm, lexicons, options, repl, replSz);
+        result = lookup_word(ctx, norm, lexicons, options, repl, replSz);
         if ((result & LX_RES_MISSPELLED) && (options & LX_OPT_SPLIT_RUN_TOGETHER))
-            run_together_rule(norm, lexicons, options, result);
+            run_together_rule(ctx, norm, lexicons, options, result);
         if ((result & LX_RES_MISSPELLED) && (options & (LX_OPT_SPLIT_AT_HYPHEN | LX_OPT_SPLIT_AT_APOSTROPHE)))
-            split_rule(norm, lexicons, options, repl, replSz, offset, result);
+            split_rule(ctx, norm, lexicons, options, repl, replSz, offset, result);
     }
-    if ((options & LX_OPT_REPORT_MIXED_CASE) && mixed) {
+    if (mixed) {
         result |= LX_RES_MIXED_CASE;
         if (repl) {
             LX_Str_Copy(repl, replSz, norm);
@@ -558,6 +622,20 @@ int16_t LX_CheckWord(const char *word, LX_Lexicon *const *lexicons, uint32_t opt
     }
     if (repl) LX_RestorePossessive(word, options, repl);
     return result;
+}
+
+} // namespace
+
+int16_t LX_LookupWord(const char *word, LX_Lexicon *const *lexicons, uint32_t options, char *repl,
+                      int32_t replSz) {
+    CheckContext ctx;
+    return lookup_word(ctx, word, lexicons, options, repl, replSz);
+}
+
+int16_t LX_CheckWord(const char *word, LX_Lexicon *const *lexicons, uint32_t options, char *repl,
+                     int32_t replSz, int32_t *offset) {
+    CheckContext ctx;
+    return check_word(ctx, word, lexicons, options, repl, replSz, offset);
 }
 
 // ------------------------------------------------------------------- driver
@@ -608,13 +686,14 @@ extern "C" LX_API int32_t LX_CheckText(const char *text, LX_Lexicon *const *lexi
     prev[0] = '\0';
     if (reportRepeated) LX_PrevTextWord(text, *cursor, options, prev, sizeof prev);
 
-    int32_t start = LX_ExtractWord(text, *cursor, options, word, wordSz);
+    int32_t length = 0;
+    int32_t start = extract_word(text, *cursor, options, word, wordSz, &length);
     *cursor = start;
     if (start < 0) return LX_RES_NONE_LEFT;
     for (;;) {
         // The walk steps over the word as an 80-character buffer measures
         // it; with a word buffer of that size, that is the word just taken.
-        int32_t walkLen = wordSz == LX_MAX_WORD_SZ ? LX_Str_Len(word) : -1;
+        int32_t walkLen = wordSz == LX_MAX_WORD_SZ ? length : -1;
         int32_t r = LX_CheckWord(word, lexicons, options, repl, replSz, &delta);
         if (reportRepeated && !LX_IsIgnoredWord(word, options)) {
             bool equal = (options & LX_OPT_CASE_SENSITIVE) ? LX_Str_Cmp(word, prev) == 0
@@ -635,7 +714,7 @@ extern "C" LX_API int32_t LX_CheckText(const char *text, LX_Lexicon *const *lexi
             if (next < 0) return LX_RES_NONE_LEFT;
         }
         *cursor = next;
-        start = LX_ExtractWord(text, next, options, word, wordSz);
+        start = extract_word(text, next, options, word, wordSz, &length);
         *cursor = start;
         if (start < 0) return LX_RES_NONE_LEFT;
     }

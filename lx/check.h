@@ -28,11 +28,12 @@ int LX_IsMixedCase(const char *word);
 // one; their number grows with the product of the forms of each letter.
 // When no lexicon of the list can hold any form of the word (they share
 // one base form), the search is skipped. Otherwise it gives up, and the
-// word stands as misspelled, once its trials have cost this much: each
-// trial counts 3 lookups in every lexicon of the list, and each lookup the
-// length of the word plus 8. That is about a millisecond of work for a word
-// of any length, and some 5,000 trials for a word of 10 letters in a list of
-// two lexicons, more than the accented forms of real words need.
+// word stands as misspelled, once the searches for one word of the text
+// (its pieces included) have cost this much: each trial counts 3 lookups in
+// every lexicon of the list, and each lookup the length of the word plus 8.
+// That is about a millisecond of work for a word of any length, and some
+// 5,000 trials for a word of 10 letters in a list of two lexicons, more
+// than the accented forms of real words need.
 inline constexpr int32_t LX_ACCENT_SEARCH_BUDGET = 6000 * 88;
 
 #endif

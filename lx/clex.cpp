@@ -59,24 +59,24 @@ void decode_entities(const char *word, char *out) {
 } // namespace
 
 int32_t LX_NormaliseWord(const char *word, uint32_t options, char *out) {
-    char work[LX_MAX_WORD_SZ];
-    LX_Str_Copy(work, sizeof work, word);
+    int32_t n = 0;
     if (options & LX_OPT_MARKUP) {
-        // Decoding reads the whole word, not just the first 80 characters:
-        // entities shorten it.
+        // Decoding reads the whole word, not just its first 80
+        // characters: entities shorten it. A decoded 0 ends the word.
         decode_entities(word, out);
-        LX_Str_Copy(work, sizeof work, out);
+        n = LX_Str_Len(out);
+    } else {
+        for (; n < kMaxChars && word[n] != '\0'; ++n) out[n] = word[n];
+        out[n] = '\0';
     }
-    int32_t n = LX_Str_Len(work);
-    if (options & LX_OPT_STRIP_POSSESSIVE) {
-        const uchar *w = reinterpret_cast<const uchar *>(work);
-        if (n >= 2 && is_s(w[n - 1]) && is_apostrophe(w[n - 2]))
+    if ((options & LX_OPT_STRIP_POSSESSIVE) && n >= 2) {
+        const uchar *w = reinterpret_cast<const uchar *>(out);
+        if (is_s(w[n - 1]) && is_apostrophe(w[n - 2]))
             n -= 2;
-        else if (n >= 2 && is_apostrophe(w[n - 1]))
+        else if (is_apostrophe(w[n - 1]))
             n -= 1;
-        work[n] = '\0';
+        out[n] = '\0';
     }
-    LX_Str_Copy(out, LX_MAX_WORD_SZ, work);
     return n;
 }
 

@@ -8,6 +8,8 @@
 // goes through the class and folding tables.
 #include "compare.h"
 
+#include <cstring>
+
 #include "chartab.h"
 
 namespace {
@@ -313,20 +315,29 @@ void LX_PhoneticKey(const char *word, char *key) {
 int16_t LX_Compare_Phonetic(const char *a, const char *b) {
     // Keys are made from lower-case copies, as only lower-case letters have
     // rules; the texts are cut to the longest the comparators take.
-    char lowA[kMaxText + 1];
-    char lowB[kMaxText + 1];
     auto lower_copy = [](const char *src, char *dst) {
         int i = 0;
         for (; i < kMaxText && src[i] != '\0'; ++i)
             dst[i] = static_cast<char>(lx_to_lower(lx_byte(src[i])));
         dst[i] = '\0';
     };
+    // A sweep compares one word with every word of a lexicon, so the key
+    // of a is kept for the next call (per thread: calls on different
+    // lexicons may run side by side).
+    thread_local char lastA[kMaxText + 1] = "";
+    thread_local char keyA[kMaxKey] = "";
+    thread_local bool haveKeyA = false;
+    char lowA[kMaxText + 1];
     lower_copy(a, lowA);
-    lower_copy(b, lowB);
+    if (!haveKeyA || std::strcmp(lowA, lastA) != 0) {
+        LX_PhoneticKey(lowA, keyA);
+        std::strcpy(lastA, lowA); // both hold at most kMaxText characters
+        haveKeyA = true;
+    }
 
-    char keyA[kMaxKey];
+    char lowB[kMaxText + 1];
     char keyB[kMaxKey];
-    LX_PhoneticKey(lowA, keyA);
+    lower_copy(b, lowB);
     LX_PhoneticKey(lowB, keyB);
 
     // One key must equal the other or be the start of it.

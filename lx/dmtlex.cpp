@@ -89,6 +89,13 @@ void mark_stale(LX_Lexicon *lex) {
     if (DmtIndex *ix = index_of(lex)) ix->stale = true;
 }
 
+inline bool same_word(const char *a, const char *b) {
+    for (;; ++a, ++b) {
+        if (*a != *b) return false;
+        if (*a == '\0') return true;
+    }
+}
+
 uint64_t slot(uint32_t hash, int32_t entry) {
     return (static_cast<uint64_t>(hash) << 32) | static_cast<uint32_t>(entry + 1);
 }
@@ -213,7 +220,7 @@ int32_t find_exact(LX_Lexicon *lex, const char *word) {
         uint32_t h = hash_exact(reinterpret_cast<const uchar *>(word));
         for (uint32_t i = h & ix->mask; ix->exact[i] != 0; i = (i + 1) & ix->mask) {
             uint64_t s = ix->exact[i];
-            if (slot_hash(s) == h && LX_Str_Cmp(entries(lex)[slot_entry(s)].word, word) == 0)
+            if (slot_hash(s) == h && same_word(entries(lex)[slot_entry(s)].word, word))
                 return slot_entry(s);
         }
         return -1;

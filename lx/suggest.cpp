@@ -23,7 +23,6 @@ namespace {
 // The trial buffer holds one byte more than a word buffer: a pattern of
 // stage 2 lengthens a word of 80 characters by one.
 constexpr int32_t kTrialSz = LX_MAX_WORD_SZ + 1;
-constexpr int32_t kMaxChars = LX_MAX_WORD_SZ - 1;
 
 struct Suggester {
     const char *word;              // as the caller gave it
