@@ -1,15 +1,8 @@
 // Tests of the foundation: character tables, safe strings, the vector and
 // the diagnostics channel.
-#include <gtest/gtest.h>
-
-#include <cstdlib>
-#include <cstring>
-#include <string>
-#include <utility>
-#include <vector>
-
 #include "chartab.h"
 #include "diag.h"
+#include "lxtest.h"
 #include "lxvector.h"
 #include "platform.h"
 #include "safestr.h"
@@ -17,31 +10,25 @@
 // ---------------------------------------------------------- character tables
 
 TEST(CharTab, ClassAndFoldEntries) {
-    static const struct {
-        unsigned code;
-        int cls, fold;
-    } kCases[] = {
-        {'e', 81, 'E'}, {'E', 97, 'E'}, {'Z', 33, 'Z'}, {'Y', 33, 'Y'}, {'y', 17, 'Y'}, {'7', 2, 0},
-        {';', 4, 0}, {' ', 8, 0}, {'\t', 8, 0}, {'\r', 8, 0}, {0x00, 0, 0}, {0x0B, 0, 0}, {0x0C, 0, 0},
-        {0x7F, 4, 0}, {0x80, 0, 0}, {0x91, 0, 0}, {0x92, 4, 0}, {0x9C, 4, 0}, {0x9D, 0, 0}, {0xA0, 0, 0},
-        {0xAA, 4, 0}, {0xB5, 4, 0}, {0xBA, 4, 0}, {0xC9, 97, 'E'}, {0xE9, 81, 'E'}, {0xC7, 33, 'C'},
-        {0xD0, 33, 0}, {0xF0, 81, 0}, {0xD7, 4, 0}, {0xF7, 4, 0}, {0xD8, 97, 'O'}, {0xDE, 33, 0},
-        {0xFE, 17, 0}, {0xDF, 17, 'S'}, {0xDD, 33, 'Y'}, {0xFD, 17, 'Y'}, {0xFF, 17, 'Y'}, {0xF1, 17, 'N'},
+    static const struct { unsigned code; int cls, fold; } kCases[] = {
+        {'E', 97, 'E'}, {'Y', 33, 'Y'}, {'y', 17, 'Y'}, {'7', 2, 0}, {';', 4, 0}, {' ', 8, 0}, {'\t', 8, 0},
+        {'\r', 8, 0}, {0x00, 0, 0}, {0x0B, 0, 0}, {0x0C, 0, 0}, {0x7F, 4, 0}, {0x80, 0, 0}, {0x91, 0, 0},
+        {0x9C, 4, 0}, {0x9D, 0, 0}, {0xAA, 4, 0}, {0xB5, 4, 0}, {0xBA, 4, 0}, {0xC7, 33, 'C'}, {0xD0, 33, 0},
+        {0xF0, 81, 0}, {0xD7, 4, 0}, {0xF7, 4, 0}, {0xD8, 97, 'O'}, {0xDE, 33, 0}, {0xFE, 17, 0},
+        {0xDF, 17, 'S'}, {0xDD, 33, 'Y'}, {0xFD, 17, 'Y'}, {0xFF, 17, 'Y'}, {0xF1, 17, 'N'},
     };
     for (const auto &c : kCases) {
-        SCOPED_TRACE(c.code);
-        EXPECT_EQ(c.cls, LX_CLASS_TABLE[c.code]);
-        EXPECT_EQ(c.fold, LX_FOLD_TABLE[c.code]);
+        EXPECT_EQ(c.cls, LX_CLASS_TABLE[c.code]) << c.code;
+        EXPECT_EQ(c.fold, LX_FOLD_TABLE[c.code]) << c.code;
     }
     for (int c = 0; c < 256; ++c) {
         const uchar cls = LX_CLASS_TABLE[c], fold = LX_FOLD_TABLE[c];
         EXPECT_EQ(0, cls & 128) << c;
-        if (cls & LX_CC_UPPER) { // every capital has its small letter 32 above
-            EXPECT_TRUE((LX_CLASS_TABLE[c + 32] & LX_CC_LOWER) && fold == LX_FOLD_TABLE[c + 32]) << c;
-        }
-        if (fold != 0) { // only letters fold, and always to a capital
-            EXPECT_TRUE((cls & LX_CC_ALPHA) && (LX_CLASS_TABLE[fold] & LX_CC_UPPER)) << c;
-        }
+        // Every capital has its small letter 32 above; only letters fold,
+        // and always to a capital.
+        EXPECT_TRUE(!(cls & LX_CC_UPPER) ||
+                    ((LX_CLASS_TABLE[c + 32] & LX_CC_LOWER) && fold == LX_FOLD_TABLE[c + 32])) << c;
+        EXPECT_TRUE(fold == 0 || ((cls & LX_CC_ALPHA) && (LX_CLASS_TABLE[fold] & LX_CC_UPPER))) << c;
     }
 }
 
@@ -49,23 +36,16 @@ TEST(CharTab, EntityTable) {
     std::vector<int> seen(256, 0);
     for (int i = 0; i < LX_ENTITY_COUNT; ++i) {
         const LX_EntityRow &row = LX_ENTITY_TABLE[i];
-        SCOPED_TRACE(row.name);
-        if (i > 0) {
-            EXPECT_EQ(1, LX_Str_Cmp(row.name, LX_ENTITY_TABLE[i - 1].name)); // sorted, no twins
-        }
+        // Sorted, without twins, and found.
+        EXPECT_TRUE(i == 0 || LX_Str_Cmp(row.name, LX_ENTITY_TABLE[i - 1].name) == 1) << row.name;
         EXPECT_EQ(row.ch, LX_Entity_Find(row.name));
         ++seen[row.ch];
     }
     for (int c = 0xC0; c < 256; ++c) // each letter of the upper half, once
         EXPECT_EQ((LX_CLASS_TABLE[c] & LX_CC_ALPHA) ? 1 : 0, seen[c]) << c;
-    static const struct {
-        const char *name;
-        int ch;
-    } kCases[] = {
-        {"AElig", 198}, {"Aacute", 193}, {"ETH", 208}, {"eth", 240}, {"THORN", 222}, {"szlig", 223},
-        {"yuml", 255}, {"Eacutex", 201}, {"amp", -1}, {"EACUTE", -1}, {"", -1}, {"#233", -1},
-    };
-    for (const auto &c : kCases) EXPECT_EQ(c.ch, LX_Entity_Find(c.name)) << c.name;
+    static const std::pair<const char *, int> kCases[] = {{"ETH", 208}, {"eth", 240}, {"szlig", 223},
+        {"Eacutex", 201}, {"amp", -1}, {"EACUTE", -1}, {"", -1}, {"#233", -1}};
+    for (const auto &[name, ch] : kCases) EXPECT_EQ(ch, LX_Entity_Find(name)) << name;
 }
 
 TEST(CharTab, NextVariant) {
@@ -85,14 +65,10 @@ TEST(CharTab, NextVariant) {
 
 TEST(SafeStr, BoundedCopies) {
     char buf[128];
-    static const struct {
-        const char *dst;
-        int32_t size, maxChars;
-        const char *copyN, *cat, *catChar; // CopyN of "abcd", Cat of "xyz", CatChar of 'x'
-    } kCases[] = {
-        {"ab", 81, 0, "", "abxyz", "abx"},    {"abc", 5, 2, "ab", "abcx", "abcx"},
-        {"abcd", 5, 9, "abcd", "abcd", "abcd"}, {"", 3, 9, "ab", "xy", "x"},
-        {"", 1, 9, "", "", ""},
+    // CopyN of "abcd", Cat of "xyz" and CatChar of 'x' on dst in a buffer of size.
+    static const struct { const char *dst; int32_t size, maxChars; const char *copyN, *cat, *catChar; } kCases[] = {
+        {"ab", 81, 0, "", "abxyz", "abx"}, {"abc", 5, 2, "ab", "abcx", "abcx"},
+        {"abcd", 5, 9, "abcd", "abcd", "abcd"}, {"", 3, 9, "ab", "xy", "x"}, {"", 1, 9, "", "", ""},
     };
     for (const auto &c : kCases) {
         SCOPED_TRACE(std::string(c.dst) + "/" + std::to_string(c.size));
@@ -110,18 +86,13 @@ TEST(SafeStr, BoundedCopies) {
 }
 
 TEST(SafeStr, CompareAndSearch) {
-    static const struct {
-        const char *a, *b;
-        int cmp, icmp;
-    } kCases[] = {
-        {"ab", "abc", -1, -1}, {"abc", "ab", 1, 1}, {"", "", 0, 0}, {"ABC", "abc", -1, 0},
-        {"\xE9", "z", 1, 1}, {"\xC9t\xC9", "\xE9t\xE9", -1, 0}, {"\xDE", "\xFE", -1, 0},
-        {"\xDF", "\xFF", -1, -1}, {"a", "B", 1, -1}, {"[", "A", 1, -1},
-    };
+    static const struct { const char *a, *b; int cmp, icmp; } kCases[] = {
+        {"ab", "abc", -1, -1}, {"abc", "ab", 1, 1}, {"", "", 0, 0}, {"ABC", "abc", -1, 0}, {"\xE9", "z", 1, 1},
+        {"\xC9t\xC9", "\xE9t\xE9", -1, 0}, {"\xDE", "\xFE", -1, 0}, {"\xDF", "\xFF", -1, -1}, {"a", "B", 1, -1},
+        {"[", "A", 1, -1}};
     for (const auto &c : kCases) {
-        SCOPED_TRACE(std::string(c.a) + " / " + c.b);
-        EXPECT_EQ(c.cmp, LX_Str_Cmp(c.a, c.b));
-        EXPECT_EQ(c.icmp, LX_Str_ICmp(c.a, c.b));
+        EXPECT_EQ(c.cmp, LX_Str_Cmp(c.a, c.b)) << c.a << " / " << c.b;
+        EXPECT_EQ(c.icmp, LX_Str_ICmp(c.a, c.b)) << c.a << " / " << c.b;
     }
     const char *text = "a.b.c\xE9";
     EXPECT_EQ(text + 1, LX_Str_Chr(text, '.'));
@@ -132,46 +103,36 @@ TEST(SafeStr, CompareAndSearch) {
 }
 
 TEST(SafeStr, Numbers) {
-    static const struct {
-        const char *text;
-        int32_t value;
-    } kToInt[] = {{"12a", 12}, {" 12", 0}, {"+5", 0}, {"-", 0}, {"-7x", -7}, {"", 0}, {"--1", 0},
-                  {"4294967297", 1}, {"2147483648", INT32_MIN}};
-    for (const auto &c : kToInt) EXPECT_EQ(c.value, LX_Str_ToInt(c.text)) << c.text;
-    static const struct {
-        int32_t value, size;
-        const char *expected;
-    } kFromInt[] = {{0, 81, "0"}, {0, 2, "0"}, {-7, 2, "7"}, {12345, 4, "345"}, {-123, 4, "123"},
-                    {-123, 5, "-123"}, {0x616D, 81, "24941"}, {INT32_MAX, 81, "2147483647"}};
+    static const std::pair<const char *, int32_t> kToInt[] = {
+        {"12a", 12}, {" 12", 0}, {"+5", 0}, {"-", 0}, {"-7x", -7}, {"", 0}, {"--1", 0},
+        {"4294967297", 1}, {"2147483648", INT32_MIN}};
+    for (const auto &[text, value] : kToInt) EXPECT_EQ(value, LX_Str_ToInt(text)) << text;
+    static const struct { int32_t value, size; const char *expected; } kFromInt[] = {
+        {0, 81, "0"}, {0, 2, "0"}, {-7, 2, "7"}, {12345, 4, "345"}, {-123, 4, "123"}, {-123, 5, "-123"},
+        {0x616D, 81, "24941"}, {INT32_MAX, 81, "2147483647"}};
     for (const auto &c : kFromInt) {
-        SCOPED_TRACE(c.value);
         char buf[96];
         std::memset(buf, 'X', sizeof buf);
         LX_Str_FromInt(c.value, buf, c.size);
-        EXPECT_STREQ(c.expected, buf);
-        EXPECT_EQ('X', buf[c.size]);
+        EXPECT_STREQ(c.expected, buf) << c.value;
+        EXPECT_EQ('X', buf[c.size]) << c.value;
     }
 }
 
 // -------------------------------------------------------------------- vector
 
-namespace {
-
-int cmp_int(const void *a, const void *b) {
+static int cmp_int(const void *a, const void *b) {
     int x = *static_cast<const int *>(a), y = *static_cast<const int *>(b);
     return (x > y) - (x < y);
 }
 
-std::vector<int> contents(const LX_Vector &v) {
+static std::vector<int> contents(const LX_Vector &v) {
     const int *p = static_cast<const int *>(v.data);
     return std::vector<int>(p, p + v.count);
 }
 
-} // namespace
-
 TEST(Vector, Growth) {
-    static const std::pair<int32_t, int32_t> kInit[] = {{0, 0}, {1, 1}, {4, 6}, {1024, 1536}};
-    for (auto [initial, capacity] : kInit) {
+    for (auto [initial, capacity] : {std::pair{0, 0}, {1, 1}, {4, 6}, {1024, 1536}}) {
         LX_Vector v;
         std::memset(&v, 0xA5, sizeof v); // Init needs nothing of the record
         ASSERT_EQ(0, LX_Vector_Init(&v, sizeof(int), initial));
@@ -181,8 +142,7 @@ TEST(Vector, Growth) {
     }
     LX_Vector v; // growth is figured from the capacity asked for
     ASSERT_EQ(0, LX_Vector_Init(&v, sizeof(int), 4));
-    static const std::pair<int32_t, int32_t> kSteps[] = {{6, 6}, {7, 10}, {11, 16}, {17, 25}, {3, 25}};
-    for (auto [ask, capacity] : kSteps) {
+    for (auto [ask, capacity] : {std::pair{6, 6}, {7, 10}, {11, 16}, {17, 25}, {3, 25}}) {
         EXPECT_EQ(0, LX_Vector_Reserve(&v, ask));
         EXPECT_EQ(capacity, v.capacity) << ask;
     }
@@ -194,29 +154,24 @@ TEST(Vector, Operations) {
     LX_Vector v;
     ASSERT_EQ(0, LX_Vector_Init(&v, sizeof(int), 0));
     int key = 3, x = 5;
-    EXPECT_EQ(nullptr, LX_Vector_At(&v, 0));
-    EXPECT_EQ(nullptr, LX_Vector_Search(&v, &key, cmp_int));
+    EXPECT_TRUE(LX_Vector_At(&v, 0) == nullptr && LX_Vector_Search(&v, &key, cmp_int) == nullptr);
     for (int i = 0; i < 3; ++i, x -= 2) EXPECT_EQ(i, LX_Vector_Append(&v, &x));
     EXPECT_EQ(0, LX_Vector_Insert(&v, 1, &key));
     EXPECT_EQ(0, LX_Vector_Insert(&v, v.count, &key)); // at the end: a status, not the index
     EXPECT_EQ(std::vector<int>({5, 3, 3, 1, 3}), contents(v));
-    EXPECT_EQ(LX_ERR_RANGE, LX_Vector_Delete(&v, 5));
-    EXPECT_EQ(0, LX_Vector_Delete(&v, 4));
-    EXPECT_EQ(0, LX_Vector_Delete(&v, 1));
+    EXPECT_EQ(std::vector<int>({LX_ERR_RANGE, 0, 0}),
+              std::vector<int>({LX_Vector_Delete(&v, 5), LX_Vector_Delete(&v, 4), LX_Vector_Delete(&v, 1)}));
     LX_Vector_Sort(&v, cmp_int);
     EXPECT_EQ(std::vector<int>({1, 3, 5}), contents(v));
     EXPECT_EQ(LX_Vector_At(&v, 1), LX_Vector_Search(&v, &key, cmp_int));
     key = 2;
     EXPECT_EQ(nullptr, LX_Vector_Search(&v, &key, cmp_int));
-    EXPECT_EQ(nullptr, LX_Vector_At(&v, -1));
-    EXPECT_EQ(nullptr, LX_Vector_At(&v, 3));
+    EXPECT_TRUE(LX_Vector_At(&v, -1) == nullptr && LX_Vector_At(&v, 3) == nullptr);
     // Set overwrites below count; at or above count it leaves count at index.
-    EXPECT_EQ(0, LX_Vector_Set(&v, 0, &key));
-    EXPECT_EQ(0, LX_Vector_Set(&v, v.count + 3, &key));
+    EXPECT_TRUE(LX_Vector_Set(&v, 0, &key) == 0 && LX_Vector_Set(&v, v.count + 3, &key) == 0);
     const int *d = static_cast<const int *>(v.data);
     EXPECT_EQ(6, v.count);
     EXPECT_EQ((std::vector<int>{2, 3, 5, 2}), (std::vector<int>{d[0], d[1], d[2], d[6]}));
-
     // Clear keeps the block; Free gives it back and the vector works again.
     void *block = v.data;
     LX_Vector_Clear(&v);
@@ -242,10 +197,8 @@ TEST(Vector, FailedGrowthKeepsElements) {
     EXPECT_STREQ("out of memory", LX_Diag_GetLastMsg());
     LX_Mem_FailAfter(0);
     EXPECT_EQ(LX_ERR_NO_MEMORY, LX_Vector_Insert(&v, 0, &x));
-    EXPECT_EQ(block, v.data);
-    EXPECT_EQ(6, v.capacity);
+    EXPECT_TRUE(block == v.data && v.capacity == 6 && live == LX_Mem_LiveBlocks());
     EXPECT_EQ(std::vector<int>({0, 1, 2, 3, 4, 5}), contents(v));
-    EXPECT_EQ(live, LX_Mem_LiveBlocks());
     EXPECT_EQ(0, LX_Vector_Delete(&v, 0)); // a full block: nothing read behind it
     EXPECT_EQ(5, LX_Vector_Append(&v, &x));
     EXPECT_EQ(6, LX_Vector_Append(&v, &x)); // the allocator is back
@@ -255,11 +208,9 @@ TEST(Vector, FailedGrowthKeepsElements) {
 
 // --------------------------------------------------------------- diagnostics
 
-namespace {
-
 // Sends one message with LX_DEBUG as given (null: unset), read afresh
 // unless reread is false, and gives what went to standard error.
-std::string trace_of(const char *text, const char *debug, bool reread = true) {
+static std::string trace_of(const char *text, const char *debug, bool reread = true) {
     if (debug) setenv("LX_DEBUG", debug, 1);
     else unsetenv("LX_DEBUG");
     if (reread) LX_Diag_ResetDebugSetting();
@@ -267,8 +218,6 @@ std::string trace_of(const char *text, const char *debug, bool reread = true) {
     LX_Diag_Msg("%s", text);
     return testing::internal::GetCapturedStderr();
 }
-
-} // namespace
 
 TEST(DiagDeathTest, NoMessageBeforeTheFirst) {
     GTEST_FLAG_SET(death_test_style, "threadsafe"); // the child runs this test alone
@@ -287,9 +236,8 @@ TEST(Diag, LastMessage) {
 }
 
 TEST(Diag, DebugTrace) {
-    static const std::pair<const char *, bool> kCases[] = {
-        {nullptr, false}, {"0", false}, {"abc", false}, {"", false},
-        {"1", true},      {"5", true},  {"-1", true},   {"2x", true}};
+    static const std::pair<const char *, bool> kCases[] = {{nullptr, false}, {"0", false}, {"abc", false},
+        {"", false}, {"1", true}, {"5", true}, {"-1", true}, {"2x", true}};
     for (auto [debug, traced] : kCases)
         EXPECT_EQ(traced ? "   LX_DEBUG: hello\n" : "", trace_of("hello", debug)) << (debug ? debug : "unset");
     // The setting is read once: later changes of the variable don't count...
