@@ -39,36 +39,20 @@ extern "C" {
 
 /* ---------------------------------------------------------- return codes */
 
-#define LX_ERR_LIST(X)                                                          \
-    X(LX_ERR_FAILED, -1, "plain failure of a low-level routine")              \
-    X(LX_ERR_BAD_SESSION, -2, "session number out of range, or not open")     \
-    X(LX_ERR_NOT_FOUND, -3, "nothing there")                                  \
-    X(LX_ERR_FILE_OPEN, -4, "a file could not be opened")                     \
-    X(LX_ERR_RANGE, -8, "buffer too small, or index out of range")            \
-    X(LX_ERR_NO_MEMORY, -12, "allocation failed")                             \
-    X(LX_ERR_UNSUPPORTED, -13, "operation not available for this lexicon")    \
-    X(LX_ERR_FILE_EXISTS, -14, "the lexicon file exists already")             \
-    X(LX_ERR_INVALID_WORD, -19, "the word holds a byte a lexicon can't store") \
-    X(LX_ERR_SEGMENT_EXISTS, -20, "a segment key was registered already")     \
-    X(LX_ERR_READ, -22, "a table or index could not be read")                 \
-    X(LX_ERR_WRITE, -23, "a file could not be locked, written or saved")      \
-    X(LX_ERR_CANT_CREATE, -24, "a file could not be created")                 \
-    X(LX_ERR_BAD_FORMAT, -26, "the file is not a valid lexicon")
-
-#define LX_ERR_FAILED (-1)
-#define LX_ERR_BAD_SESSION (-2)
-#define LX_ERR_NOT_FOUND (-3)
-#define LX_ERR_FILE_OPEN (-4)
-#define LX_ERR_RANGE (-8)
-#define LX_ERR_NO_MEMORY (-12)
-#define LX_ERR_UNSUPPORTED (-13)
-#define LX_ERR_FILE_EXISTS (-14)
-#define LX_ERR_INVALID_WORD (-19)
-#define LX_ERR_SEGMENT_EXISTS (-20)
-#define LX_ERR_READ (-22)
-#define LX_ERR_WRITE (-23)
-#define LX_ERR_CANT_CREATE (-24)
-#define LX_ERR_BAD_FORMAT (-26)
+#define LX_ERR_FAILED (-1)         /* plain failure of a low-level routine */
+#define LX_ERR_BAD_SESSION (-2)    /* session number out of range, or not open */
+#define LX_ERR_NOT_FOUND (-3)      /* nothing there: no further word, no such word */
+#define LX_ERR_FILE_OPEN (-4)      /* a file could not be opened */
+#define LX_ERR_RANGE (-8)          /* buffer too small, or index out of range */
+#define LX_ERR_NO_MEMORY (-12)     /* allocation failed */
+#define LX_ERR_UNSUPPORTED (-13)   /* operation not available for this lexicon kind */
+#define LX_ERR_FILE_EXISTS (-14)   /* a lexicon file to be created exists already */
+#define LX_ERR_INVALID_WORD (-19)  /* a word holds a byte a lexicon can't store, or is too long */
+#define LX_ERR_SEGMENT_EXISTS (-20) /* a segment key was registered already */
+#define LX_ERR_READ (-22)          /* a table or index could not be read */
+#define LX_ERR_WRITE (-23)         /* a file could not be locked, written or saved */
+#define LX_ERR_CANT_CREATE (-24)   /* a file can't be created or opened for writing */
+#define LX_ERR_BAD_FORMAT (-26)    /* a lexicon file isn't valid */
 
 /* ---------------------------------------------------------- option bits */
 

@@ -250,6 +250,11 @@ void free_texts(LX_LexEntry *entry) {
     LX_MEM_FREE(entry->otherWord);
 }
 
+void free_all_texts(LX_Lexicon *lex) {
+    LX_LexEntry *all = entries(lex);
+    for (int32_t e = 0; e < lex->dmt.words.count; ++e) free_texts(&all[e]);
+}
+
 void check_open(LX_Lexicon *lex) {
     LX_ASSERT(lex != NULL);
     LX_ASSERT_TEXT(MAGIC == lex->dmt.magic, "MAGIC == lex->magic");
@@ -328,8 +333,7 @@ int32_t LX_DMTLex_DelWord(LX_Lexicon *lex, const char *word) {
 
 int32_t LX_DMTLex_Clear(LX_Lexicon *lex) {
     check_open(lex);
-    LX_LexEntry *all = entries(lex);
-    for (int32_t e = 0; e < lex->dmt.words.count; ++e) free_texts(&all[e]);
+    free_all_texts(lex);
     LX_Vector_Clear(&lex->dmt.words);
     mark_stale(lex);
     return 0;
@@ -337,8 +341,7 @@ int32_t LX_DMTLex_Clear(LX_Lexicon *lex) {
 
 int32_t LX_DMTLex_Close(LX_Lexicon *lex) {
     check_open(lex);
-    LX_LexEntry *all = entries(lex);
-    for (int32_t e = 0; e < lex->dmt.words.count; ++e) free_texts(&all[e]);
+    free_all_texts(lex);
     LX_Vector_Free(&lex->dmt.words);
     index_free(lex);
     lex->dmt.magic = 0;
