@@ -620,7 +620,7 @@ int16_t check_word(CheckContext &ctx, const char *word, LX_Lexicon *const *lexic
             }
         }
     }
-    if (repl) LX_RestorePossessive(word, options, repl);
+    if (repl) LX_RestorePossessiveIn(word, options, repl, replSz);
     return result;
 }
 

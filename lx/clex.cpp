@@ -81,6 +81,11 @@ int32_t LX_NormaliseWord(const char *word, uint32_t options, char *out) {
 }
 
 void LX_RestorePossessive(const char *word, uint32_t options, char *repl) {
+    LX_RestorePossessiveIn(word, options, repl, LX_MAX_WORD_SZ);
+}
+
+void LX_RestorePossessiveIn(const char *word, uint32_t options, char *repl, int32_t replSz) {
+    if (replSz > LX_MAX_WORD_SZ) replSz = LX_MAX_WORD_SZ;
     if (!(options & LX_OPT_STRIP_POSSESSIVE)) return;
     int32_t n = LX_Str_Len(word);
     if (n < 2) return;
@@ -93,12 +98,8 @@ void LX_RestorePossessive(const char *word, uint32_t options, char *repl) {
     else
         return;
     int32_t r = LX_Str_Len(repl);
-    if (r > 0 && is_s(lx_byte(repl[r - 1]))) {
-        LX_Str_CatChar(repl, LX_MAX_WORD_SZ, '\'');
-    } else {
-        LX_Str_CatChar(repl, LX_MAX_WORD_SZ, '\'');
-        LX_Str_CatChar(repl, LX_MAX_WORD_SZ, s);
-    }
+    LX_Str_CatChar(repl, replSz, '\'');
+    if (r == 0 || !is_s(lx_byte(repl[r - 1]))) LX_Str_CatChar(repl, replSz, s);
 }
 
 void LX_TransferCase(const char *word, int16_t mode, int16_t keepAccents, char *repl) {

@@ -13,6 +13,8 @@ int32_t LX_NormaliseWord(const char *word, uint32_t options, char *out);
 // Puts the possessive ending of word (as it stood in the text) onto repl,
 // a buffer of LX_MAX_WORD_SZ bytes.
 void LX_RestorePossessive(const char *word, uint32_t options, char *repl);
+// The same for a repl buffer of replSz bytes, which may be smaller.
+void LX_RestorePossessiveIn(const char *word, uint32_t options, char *repl, int32_t replSz);
 
 // Gives repl the case of word: mode 1 letter by letter, mode 0 by the
 // word's kind (capitals, capitalised, other). With keepAccents 0, capitals

@@ -81,6 +81,9 @@ TEST(CheckText, ReplacementBuffers) {
     char word[LX_MAX_WORD_SZ], repl[3];
     EXPECT_EQ(2, LX_CheckText("Teh", list, o, &cursor, word, sizeof word, repl, sizeof repl));
     EXPECT_STREQ("Th", repl);
+    cursor = 0; // the possessive ending stays within a small buffer too
+    EXPECT_EQ(2, LX_CheckText("Teh's", list, o | LX_OPT_STRIP_POSSESSIVE, &cursor, word, sizeof word, repl, 3));
+    EXPECT_STREQ("Th", repl);
     cursor = 0;
     EXPECT_EQ(2, LX_CheckText("Teh", list, o, &cursor, word, sizeof word, nullptr, 0));
     EXPECT_STREQ("Teh", word);
