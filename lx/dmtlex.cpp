@@ -39,10 +39,18 @@ struct DmtIndex {
     uint64_t *exact;
     uint64_t *folded;
     uint64_t *baseBits; // (mask + 1) * 8 bits, one set per base form
-    uint32_t mask;  // table size - 1; the size is a power of two
-    int32_t used;   // entries indexed (the same in both tables)
+    uint8_t *lengths;   // per entry: its word's length, 255 for 255 or more;
+                        // room for (mask + 1) / 2 entries, the most a table holds
+    uint32_t mask;      // table size - 1; the size is a power of two
+    int32_t used;       // entries indexed (the same in both tables)
+    int32_t excluded;   // entries with LX_ACT_EXCLUDE
     bool stale;
 };
+
+uint8_t length_byte(const char *word) {
+    size_t n = std::strlen(word);
+    return static_cast<uint8_t>(n < 255 ? n : 255);
+}
 
 uint32_t hash_exact(const uchar *w) {
     uint32_t h = 2166136261u;
@@ -80,6 +88,7 @@ void index_free(LX_Lexicon *lex) {
         LX_MEM_FREE(ix->exact);
         LX_MEM_FREE(ix->folded);
         LX_MEM_FREE(ix->baseBits);
+        LX_MEM_FREE(ix->lengths);
         LX_MEM_FREE(ix);
         lex->dmt.index = nullptr;
     }
@@ -138,10 +147,12 @@ bool index_build(LX_Lexicon *lex) {
         ix->exact = static_cast<uint64_t *>(LX_MEM_ALLOC(size * sizeof(uint64_t)));
         ix->folded = static_cast<uint64_t *>(LX_MEM_ALLOC(size * sizeof(uint64_t)));
         ix->baseBits = static_cast<uint64_t *>(LX_MEM_ALLOC(size)); // 8 bits a slot
-        if (!ix->exact || !ix->folded || !ix->baseBits) {
+        ix->lengths = static_cast<uint8_t *>(LX_MEM_ALLOC(size / 2));
+        if (!ix->exact || !ix->folded || !ix->baseBits || !ix->lengths) {
             LX_MEM_FREE(ix->exact);
             LX_MEM_FREE(ix->folded);
             LX_MEM_FREE(ix->baseBits);
+            LX_MEM_FREE(ix->lengths);
             LX_MEM_FREE(ix);
             return false;
         }
@@ -152,11 +163,14 @@ bool index_build(LX_Lexicon *lex) {
     std::memset(ix->folded, 0, (ix->mask + 1) * sizeof(uint64_t));
     std::memset(ix->baseBits, 0, ix->mask + 1);
     LX_LexEntry *all = entries(lex);
+    ix->excluded = 0;
     for (int32_t e = 0; e < count; ++e) {
         const uchar *w = reinterpret_cast<const uchar *>(all[e].word);
         put_exact(ix, w, e);
         put_folded(ix, all, w, e);
         put_base(ix, all[e].word);
+        ix->lengths[e] = length_byte(all[e].word);
+        if (all[e].action == LX_ACT_EXCLUDE) ++ix->excluded;
     }
     ix->used = count;
     ix->stale = false;
@@ -184,11 +198,15 @@ void index_inserted(LX_Lexicon *lex, int32_t at) {
             if (ix->exact[i] != 0 && slot_entry(ix->exact[i]) >= at) ix->exact[i] += 1;
             if (ix->folded[i] != 0 && slot_entry(ix->folded[i]) >= at) ix->folded[i] += 1;
         }
+        std::memmove(ix->lengths + at + 1, ix->lengths + at, static_cast<size_t>(ix->used - at));
     }
-    const uchar *w = reinterpret_cast<const uchar *>(entries(lex)[at].word);
+    const LX_LexEntry &entry = entries(lex)[at];
+    const uchar *w = reinterpret_cast<const uchar *>(entry.word);
     put_exact(ix, w, at);
     put_folded(ix, entries(lex), w, at);
-    put_base(ix, entries(lex)[at].word);
+    put_base(ix, entry.word);
+    ix->lengths[at] = length_byte(entry.word);
+    if (entry.action == LX_ACT_EXCLUDE) ++ix->excluded;
     ++ix->used;
 }
 
@@ -308,6 +326,7 @@ int32_t LX_DMTLex_AddWord(LX_Lexicon *lex, const char *word, int16_t action, con
     if (pos < words->count && LX_Str_Cmp(all[pos].word, word) == 0) {
         free_texts(&all[pos]);
         LX_Vector_Set(words, pos, &entry); // within count: can't fail
+        mark_stale(lex);                   // the action may have changed
         return 0;
     }
     if (LX_Vector_Insert(words, pos, &entry) != 0) {
@@ -416,26 +435,41 @@ int32_t LX_DMTLex_FindPattern(LX_Lexicon *lex, const char *pattern, int16_t case
     const LX_LexEntry *all = entries(lex);
     const int32_t count = lex->dmt.words.count;
     const int32_t patternLen = LX_Str_Len(pattern);
-    int32_t first = 0;
-    char prefix[LX_MAX_WORD_SZ];
-    int32_t prefixLen = 0;
+
+    // The walk covers all entries, or with case respected only the run of
+    // words that begin with the pattern's characters before its first '?'
+    // (cut to a word's length): only they can match, and a walk from the
+    // first entry would stop behind them. The excluded words it would pass
+    // on the way are taken out of the set first.
+    int32_t first = 0, end = count;
     if (caseSensitive) {
-        // Only words that begin with the pattern's characters before its
-        // first '?' can match; they form one run of the sorted entries. The
-        // walk starts at that run, after taking out of the set the excluded
-        // words it passes over, as a walk from the first entry would.
-        while (prefixLen < patternLen && pattern[prefixLen] != '?') ++prefixLen;
+        char prefix[LX_MAX_WORD_SZ];
+        int32_t prefixLen = 0;
+        while (prefixLen < patternLen && prefixLen < LX_MAX_WORD_SZ - 1 && pattern[prefixLen] != '?')
+            ++prefixLen;
         LX_Str_CopyN(prefix, sizeof prefix, pattern, prefixLen);
         first = lower_bound(lex, prefix);
+        int32_t lo = first, hi = count; // first word past the run
+        while (lo < hi) {
+            int32_t mid = lo + (hi - lo) / 2;
+            if (std::strncmp(all[mid].word, prefix, static_cast<size_t>(prefixLen)) == 0)
+                lo = mid + 1;
+            else
+                hi = mid;
+        }
+        end = lo;
         for (int32_t e = 0; e < first; ++e)
             if (all[e].action == LX_ACT_EXCLUDE) SuggSet_Remove(matches, all[e].word);
     }
-    for (int32_t e = first; e < count; ++e) {
+
+    // With the index, only words of the pattern's length are looked at,
+    // besides excluded words when there are any.
+    const DmtIndex *ix = index_ready(lex);
+    const bool anyExcluded = ix == nullptr || ix->excluded > 0;
+    const uint8_t wanted = static_cast<uint8_t>(patternLen < 255 ? patternLen : 255);
+    for (int32_t e = first; e < end; ++e) {
+        if (ix != nullptr && ix->lengths[e] != wanted && !anyExcluded) continue;
         const LX_LexEntry &entry = all[e];
-        if (caseSensitive && std::strncmp(entry.word, prefix, static_cast<size_t>(prefixLen)) != 0) {
-            // Past the run: no later word can match.
-            break;
-        }
         if (entry.action == LX_ACT_EXCLUDE) {
             SuggSet_Remove(matches, entry.word);
         } else if (entry.action == LX_ACT_IGNORE) {

@@ -10,6 +10,7 @@
 #include "lxtest.h"
 #include "platform.h"
 #include "safestr.h"
+#include "suggset.h"
 
 static std::string image_of(LX_Lexicon *lex, int32_t expectedEntries) {
     const int32_t size = LX_Lexicon_Size(lex);
@@ -147,8 +148,8 @@ TEST(DmtLex, AllocationFailuresChangeNothing) {
     }
 }
 
-// Lookups through the index agree with a plain model after any sequence of
-// additions, deletions and clears.
+// Lookups and pattern searches through the index agree with a plain model
+// after any sequence of additions, deletions and clears.
 TEST(DmtLex, IndexAgreesWithPlainLookups) {
     std::mt19937 rng(12345);
     auto random_word = [&] {
@@ -162,7 +163,8 @@ TEST(DmtLex, IndexAgreesWithPlainLookups) {
         const std::string w = random_word();
         const unsigned op = rng() % 100;
         if (op < 60) {
-            const auto action = static_cast<int16_t>('a' + rng() % 20);
+            auto action = static_cast<int16_t>('a' + rng() % 20);
+            if (step < 2000 && action == LX_ACT_EXCLUDE) action = LX_ACT_IGNORE; // no exclusions at first
             lex.add(w.c_str(), action);
             model[w] = action;
         } else if (op < 95) {
@@ -179,6 +181,24 @@ TEST(DmtLex, IndexAgreesWithPlainLookups) {
         for (auto it = model.begin(); it != model.end() && folded == LX_ERR_NOT_FOUND; ++it)
             if (LX_Str_ICmp(it->first.c_str(), q.c_str()) == 0) folded = it->second;
         EXPECT_EQ(folded, LX_Lexicon_FindWord(&lex.lex, q.c_str(), 0, nullptr, 0)) << q;
+
+        // A pattern search, against a walk over the model in byte order that
+        // stops, with case respected, at the first word past the pattern's
+        // fixed start.
+        std::string pattern = random_word();
+        pattern.insert(rng() % (pattern.size() + 1), 1, '?');
+        const int16_t cs = static_cast<int16_t>(rng() % 2);
+        Set got(4, "a:100 b:100 c:90"), want(4, "a:100 b:100 c:90");
+        LX_Lexicon_FindPattern(&lex.lex, pattern.c_str(), cs, &got.set);
+        const std::string fixed = pattern.substr(0, pattern.find('?'));
+        for (const auto &[word, action] : model) {
+            if (cs && fixed.compare(0, fixed.size(), word, 0, fixed.size()) < 0) break;
+            if (action == LX_ACT_EXCLUDE) SuggSet_Remove(&want.set, word.c_str());
+            const int16_t score = cs ? LX_Match_Pattern(pattern.c_str(), word.c_str())
+                                     : LX_Match_PatternNoCase(pattern.c_str(), word.c_str());
+            if (action == LX_ACT_IGNORE && score > 0) SuggSet_Add(&want.set, word.c_str(), score);
+        }
+        EXPECT_EQ(want.str(), got.str()) << pattern << " " << cs;
     }
     std::vector<std::string> keys;
     for (const auto &kv : model) keys.push_back(kv.first);
