@@ -237,7 +237,7 @@ void LX_PrevTextWord(const char *text, int32_t cursor, uint32_t options, char *w
     int32_t i = cursor - 1;
     while (i >= 0 && lx_is_space(t[i])) --i;
     if (i <= 0) return;
-    const int32_t limit = i > LX_PREV_WORD_REACH ? i - LX_PREV_WORD_REACH : 0;
+    const int32_t limit = i + 1 > LX_PREV_WORD_REACH ? i + 1 - LX_PREV_WORD_REACH : 0;
     while (i > 0) {
         uchar c = t[i - 1];
         if (!(lx_is_alnum(c) || c == '\'' || c == '.' || c == '-')) break;
@@ -385,39 +385,41 @@ namespace {
 // The run-together rule asks about the same pieces of a word again and
 // again: every division of the word, then every division of each rest, and
 // the pieces that the split rule cuts out of them. Every string it asks
-// about is a stretch of the word that the outermost run-together rule
-// divides (normalising only cuts the end off), so the outermost rule keeps
-// a table of verdicts by stretch: start and end in that word. Each stretch
-// is judged at most once with the option on and once with it off, which
-// keeps the work polynomial in the word's length whatever the lexicons
-// accept. The table lives on the stack of the outermost rule.
+// about is a stretch of the word that LX_CheckWord normalised (normalising
+// a stretch again only cuts its end off), so the verdicts are kept in a
+// table by stretch, start and end in that word: one table for the chain
+// with the run-together option, one for the chain without it, the only two
+// option sets that occur within one word. Each stretch is judged at most
+// once in each, which keeps the work polynomial in the word's length
+// whatever the lexicons accept. The tables live on the stack of
+// LX_CheckWord and are set up when the rule first runs.
 struct Span {
-    int32_t start = -1; // -1: not known to be a stretch of the memo's word
+    int32_t start = -1; // -1: not known to be a stretch of the word
     int32_t end = -1;
     bool known() const { return start >= 0; }
+    Span cut(int32_t from, int32_t to) const { return known() ? Span{start + from, start + to} : Span{}; }
 };
 
 struct RunMemo {
     static constexpr uint8_t kUnknown = 0xFF; // verdicts are below 64
-    char origin[LX_MAX_WORD_SZ];
-    int32_t originLen;
-    uint8_t rest[LX_MAX_WORD_SZ][LX_MAX_WORD_SZ];  // with the option on
-    uint8_t piece[LX_MAX_WORD_SZ][LX_MAX_WORD_SZ]; // with the option off
+    uint8_t with[LX_MAX_WORD_SZ][LX_MAX_WORD_SZ];    // run-together option on
+    uint8_t without[LX_MAX_WORD_SZ][LX_MAX_WORD_SZ]; // and off
 };
 
 struct CheckContext {
-    RunMemo *memo = nullptr;
+    RunMemo *memo = nullptr;     // storage of LX_CheckWord
+    bool memoReady = false;      // the tables have been cleared
+    const char *origin = nullptr; // the word the stretches lie in
+    int32_t originLen = 0;
 };
 
-// Where text stands in the memo's word: derived from the span of the
-// string it was cut from, or else looked for.
+// Where text stands in the word: derived from the stretch it was cut from,
+// or else looked for.
 Span locate(const CheckContext &ctx, const char *text, Span hint) {
-    if (hint.known()) return hint;
-    if (ctx.memo == nullptr) return {};
+    if (hint.known() || ctx.origin == nullptr) return hint;
     const int32_t n = LX_Str_Len(text);
-    const RunMemo &m = *ctx.memo;
-    for (int32_t at = 0; at + n <= m.originLen; ++at)
-        if (std::memcmp(m.origin + at, text, static_cast<size_t>(n)) == 0) return {at, at + n};
+    for (int32_t at = 0; at + n <= ctx.originLen; ++at)
+        if (std::memcmp(ctx.origin + at, text, static_cast<size_t>(n)) == 0) return {at, at + n};
     return {};
 }
 
@@ -426,15 +428,14 @@ int16_t check_word(CheckContext &ctx, const char *word, LX_Lexicon *const *lexic
 int16_t lookup_word(const char *word, LX_Lexicon *const *lexicons, uint32_t options, char *repl,
                     int32_t replSz);
 
-// A verdict of the chain on a stretch without a replacement, remembered in
-// the memo when the stretch is known.
-int16_t memo_check(CheckContext &ctx, uint8_t (*table)[LX_MAX_WORD_SZ], const char *text,
-                   LX_Lexicon *const *lexicons, uint32_t options, Span span) {
-    int32_t scratch = 0;
-    if (!span.known()) return check_word(ctx, text, lexicons, options, nullptr, 0, &scratch, span);
+// The verdict of the chain on a stretch, without a replacement, remembered
+// while the run-together rule is at work.
+int16_t verdict(CheckContext &ctx, const char *text, LX_Lexicon *const *lexicons, uint32_t options, Span span) {
+    if (!ctx.memoReady || !span.known()) return check_word(ctx, text, lexicons, options, nullptr, 0, nullptr, span);
+    auto &table = (options & LX_OPT_SPLIT_RUN_TOGETHER) ? ctx.memo->with : ctx.memo->without;
     uint8_t &slot = table[span.start][span.end];
     if (slot == RunMemo::kUnknown)
-        slot = static_cast<uint8_t>(check_word(ctx, text, lexicons, options, nullptr, 0, &scratch, span));
+        slot = static_cast<uint8_t>(check_word(ctx, text, lexicons, options, nullptr, 0, nullptr, span));
     return slot;
 }
 
@@ -597,43 +598,22 @@ int16_t lookup_word(const char *word, LX_Lexicon *const *lexicons, uint32_t opti
 
 // ------------------------------------------------------------------- rules
 
-void run_together_divisions(CheckContext &ctx, const char *norm, Span span, LX_Lexicon *const *lexicons,
-                            uint32_t options, int16_t &result) {
+void run_together_rule(CheckContext &ctx, const char *norm, Span span, LX_Lexicon *const *lexicons,
+                       uint32_t options, int16_t &result) {
+    if (!ctx.memoReady && ctx.memo != nullptr) {
+        std::memset(ctx.memo, RunMemo::kUnknown, sizeof *ctx.memo);
+        ctx.memoReady = true;
+    }
+    span = locate(ctx, norm, span);
     const int32_t limit = LX_Str_Len(norm) - 2;
     char piece[LX_MAX_WORD_SZ];
     for (int32_t k = 2; k <= limit; ++k) {
         LX_Str_CopyN(piece, sizeof piece, norm, k);
-        const Span left = span.known() ? Span{span.start, span.start + k} : Span{};
-        const Span right = span.known() ? Span{span.start + k, span.end} : Span{};
-        if (memo_check(ctx, ctx.memo->piece, piece, lexicons, options & ~LX_OPT_SPLIT_RUN_TOGETHER, left) != 0)
-            continue;
-        if (memo_check(ctx, ctx.memo->rest, norm + k, lexicons, options, right) != 0) continue;
+        if (verdict(ctx, piece, lexicons, options & ~LX_OPT_SPLIT_RUN_TOGETHER, span.cut(0, k)) != 0) continue;
+        if (verdict(ctx, norm + k, lexicons, options, span.cut(k, span.end - span.start)) != 0) continue;
         result &= ~LX_RES_MISSPELLED;
         break;
     }
-}
-
-// The outermost run-together rule of a word owns the memo; the rules
-// nested in it share that memo and keep their frames small.
-__attribute__((noinline)) void run_together_outermost(CheckContext &ctx, const char *norm,
-                                                      LX_Lexicon *const *lexicons, uint32_t options,
-                                                      int16_t &result) {
-    RunMemo memo;
-    LX_Str_Copy(memo.origin, sizeof memo.origin, norm);
-    memo.originLen = LX_Str_Len(memo.origin);
-    std::memset(memo.rest, RunMemo::kUnknown, sizeof memo.rest);
-    std::memset(memo.piece, RunMemo::kUnknown, sizeof memo.piece);
-    ctx.memo = &memo;
-    run_together_divisions(ctx, norm, Span{0, memo.originLen}, lexicons, options, result);
-    ctx.memo = nullptr;
-}
-
-void run_together_rule(CheckContext &ctx, const char *norm, Span span, LX_Lexicon *const *lexicons,
-                       uint32_t options, int16_t &result) {
-    if (ctx.memo == nullptr)
-        run_together_outermost(ctx, norm, lexicons, options, result);
-    else
-        run_together_divisions(ctx, norm, locate(ctx, norm, span), lexicons, options, result);
 }
 
 void split_rule(CheckContext &ctx, const char *norm, Span span, LX_Lexicon *const *lexicons,
@@ -642,8 +622,19 @@ void split_rule(CheckContext &ctx, const char *norm, Span span, LX_Lexicon *cons
     const char *right = LX_SplitSubWord(norm, options, piece);
     if (*right == '\0') return;
     const int32_t sub0 = static_cast<int32_t>(right - norm);
-    const Span left = span.known() ? Span{span.start, span.start + LX_Str_Len(piece)} : Span{};
-    const Span rightSpan = span.known() ? Span{span.start + sub0, span.end} : Span{};
+    const Span left = span.cut(0, LX_Str_Len(piece));
+    const Span rightSpan = span.cut(sub0, span.end - span.start);
+    // A caller that wants neither replacement nor offset gets the pieces'
+    // verdicts, which the memo may know already.
+    if (repl == nullptr && offset == nullptr) {
+        const int16_t r = verdict(ctx, piece, lexicons, options, left);
+        if (r == 0) {
+            result = static_cast<int16_t>((result & ~LX_RES_MISSPELLED) | verdict(ctx, right, lexicons, options, rightSpan));
+        } else if (r == LX_RES_AUTO_CHANGE || r == LX_RES_COND_CHANGE) {
+            result = static_cast<int16_t>((result & ~LX_RES_MISSPELLED) | r);
+        }
+        return;
+    }
     int16_t r = check_word(ctx, piece, lexicons, options, alt, sizeof alt, nullptr, left);
     if (r != 0) {
         if (r == LX_RES_AUTO_CHANGE || r == LX_RES_COND_CHANGE) {
@@ -710,13 +701,18 @@ int16_t check_word(CheckContext &ctx, const char *word, LX_Lexicon *const *lexic
     char norm[LX_MAX_WORD_SZ];
     const int32_t normLen = LX_NormaliseWord(word, options, norm);
     if (normLen == 0) return 0;
-    // Normalising keeps a stretch of the memo's word a stretch if it only
-    // cut the end off.
-    if (span.known() && (normLen > span.end - span.start ||
-                         std::memcmp(norm, word, static_cast<size_t>(normLen)) != 0))
-        span = {};
-    else if (span.known())
-        span.end = span.start + normLen;
+    if (ctx.origin == nullptr) {
+        // The word of LX_CheckWord: every stretch that the rules judge lies in it.
+        ctx.origin = norm;
+        ctx.originLen = normLen;
+        span = {0, normLen};
+    } else if (span.known()) {
+        // Normalising keeps a stretch a stretch if it only cut the end off.
+        if (normLen <= span.end - span.start && std::memcmp(norm, word, static_cast<size_t>(normLen)) == 0)
+            span.end = span.start + normLen;
+        else
+            span = {};
+    }
     if (repl) LX_Str_Copy(repl, replSz, word);
     if (LX_IsIgnoredWord(norm, options)) return 0;
 
@@ -762,7 +758,9 @@ int16_t LX_LookupWord(const char *word, LX_Lexicon *const *lexicons, uint32_t op
 
 int16_t LX_CheckWord(const char *word, LX_Lexicon *const *lexicons, uint32_t options, char *repl,
                      int32_t replSz, int32_t *offset) {
+    RunMemo memo; // cleared only if the run-together rule runs
     CheckContext ctx;
+    ctx.memo = (options & LX_OPT_SPLIT_RUN_TOGETHER) ? &memo : nullptr;
     return check_word(ctx, word, lexicons, options, repl, replSz, offset, Span{});
 }
 

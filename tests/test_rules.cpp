@@ -1,7 +1,12 @@
 // Word rule chain: lookups with case and accent variants, replacements,
 // division of words, and the reports that need no lexicon.
+#include <random>
+
+#include "chartab.h"
 #include "check.h"
+#include "clex.h"
 #include "lxtest.h"
+#include "safestr.h"
 
 constexpr uint32_t CS = LX_OPT_CHECK_SPELLING, CASE = LX_OPT_CASE_SENSITIVE, ACC = LX_OPT_ACCENTED_CAPITALS;
 
@@ -47,15 +52,103 @@ TEST(Rules, LookupsWithCaseAndAccentVariants) {
     run_cases(LexList{&lex.lex}, cases);
 }
 
-TEST(Rules, RunTogetherStaysPolynomial) {
-    // Every piece of "aaa...a" passes, so every division of every rest is
-    // a candidate; without remembering the rests this takes ages.
-    MemLex lex{"aa", "aaa"};
+// The chain as a plain recursion, without remembering any verdict: the
+// model that the engine's chain must agree with. Only the rules that divide
+// words are modelled; the options below leave out the others.
+static int16_t model_check(const char *word, LX_Lexicon *const *list, uint32_t options, char *repl,
+                           int32_t replSz, int32_t *offset) {
+    char norm[LX_MAX_WORD_SZ], piece[LX_MAX_WORD_SZ], alt[LX_MAX_WORD_SZ];
+    if (LX_NormaliseWord(word, options, norm) == 0) return 0;
+    if (repl) LX_Str_Copy(repl, replSz, word);
+    if (LX_IsIgnoredWord(norm, options)) return 0;
+    int16_t result = 0;
+    if (options & CS) {
+        result = LX_LookupWord(norm, list, options, repl, replSz);
+        if ((result & 1) && (options & LX_OPT_SPLIT_RUN_TOGETHER)) {
+            for (int32_t k = 2; k <= LX_Str_Len(norm) - 2; ++k) {
+                LX_Str_CopyN(piece, sizeof piece, norm, k);
+                if (model_check(piece, list, options & ~LX_OPT_SPLIT_RUN_TOGETHER, nullptr, 0, nullptr) == 0 &&
+                    model_check(norm + k, list, options, nullptr, 0, nullptr) == 0) {
+                    result &= ~1;
+                    break;
+                }
+            }
+        }
+        const char *right;
+        if ((result & 1) && (options & (LX_OPT_SPLIT_AT_HYPHEN | LX_OPT_SPLIT_AT_APOSTROPHE)) &&
+            *(right = LX_SplitSubWord(norm, options, piece)) != '\0') {
+            int16_t r = model_check(piece, list, options, alt, sizeof alt, nullptr);
+            if (r == LX_RES_AUTO_CHANGE || r == LX_RES_COND_CHANGE) {
+                result = static_cast<int16_t>((result & ~1) | r);
+                if (repl) LX_Str_Copy(repl, replSz, alt);
+            } else if (r == 0) {
+                int32_t sub = static_cast<int32_t>(right - norm);
+                r = model_check(right, list, options, alt, sizeof alt, &sub);
+                result &= ~1;
+                if (r != 0) {
+                    if (offset) *offset += sub;
+                    result |= r;
+                    if (repl) LX_Str_Copy(repl, replSz, alt);
+                }
+            }
+        }
+    }
+    if (!(options & ACC) && !(result & 1))
+        for (const char *p = norm; *p; ++p)
+            if (lx_is_upper(lx_byte(*p)) && lx_fold(lx_byte(*p)) != lx_byte(*p)) result |= 1;
+    if (repl) LX_RestorePossessiveIn(word, options, repl, replSz);
+    return result;
+}
+
+// Words of pieces that lexicons accept, change or exclude, joined in every
+// way, under every combination of the dividing options: the verdict, the
+// replacement and the offset are those of the plain recursion.
+TEST(Rules, DivisionAgreesWithPlainRecursion) {
+    MemLex lex{"ab", "ba", "a", "abb", "B", "\xC9" "b", "bb\tAbab", "aab\tcabba", "bab\te", "aba\tebb"};
     LexList list{&lex.lex};
-    const uint32_t run = CS | LX_OPT_SPLIT_RUN_TOGETHER;
-    const std::string as(77, 'a');
-    EXPECT_EQ(0, LX_CheckWord(as.c_str(), list, run, nullptr, 0, nullptr));
-    EXPECT_EQ(1, LX_CheckWord((as + "qzq").c_str(), list, run, nullptr, 0, nullptr));
+    std::mt19937 rng(7);
+    const char *tokens[] = {"a", "a", "b", "b", "A", "\xC9", "-", "'", "s", "&eacute;", "&Eacute;", "&", ";"};
+    const uint32_t optional[] = {CASE, LX_OPT_SPLIT_RUN_TOGETHER, LX_OPT_SPLIT_AT_HYPHEN, LX_OPT_SPLIT_AT_APOSTROPHE,
+                                 LX_OPT_STRIP_POSSESSIVE, LX_OPT_IGNORE_ALL_CAPITALS, ACC, LX_OPT_MARKUP};
+    for (int i = 0; i < 100000; ++i) {
+        std::string w;
+        for (size_t n = 1 + rng() % 11; w.size() < n;) w += tokens[rng() % 13];
+        uint32_t options = CS;
+        for (uint32_t o : optional)
+            if (rng() % 2) options |= o;
+        char want[LX_MAX_WORD_SZ], got[LX_MAX_WORD_SZ];
+        int32_t wantOffset = 0, gotOffset = 0;
+        const int16_t expected = model_check(w.c_str(), list, options, want, sizeof want, &wantOffset);
+        ASSERT_EQ(expected, LX_CheckWord(w.c_str(), list, options, got, sizeof got, &gotOffset)) << w << " " << options;
+        ASSERT_STREQ(want, got) << w << " " << options;
+        ASSERT_EQ(wantOffset, gotOffset) << w << " " << options;
+        ASSERT_EQ(expected, LX_CheckWord(w.c_str(), list, options, nullptr, 0, nullptr)) << w << " " << options;
+    }
+}
+
+// Words where every piece passes in many ways, so that every division of
+// every rest is a candidate: without remembering verdicts they take ages
+// (seconds to hours); the chain judges them in well under a millisecond.
+TEST(Rules, DividingStaysPolynomial) {
+    MemLex lex{"aa", "aaa", "ab", "cd", "the"};
+    LexList list{&lex.lex};
+    const uint32_t run = CS | LX_OPT_SPLIT_RUN_TOGETHER, hy = run | CASE | LX_OPT_SPLIT_AT_HYPHEN;
+    const std::string as(77, 'a'), caps(71, 'A');
+    std::string thes;
+    while (thes.size() < 76) thes += "the-";
+    static const std::string poss = "AAAAAAAAAAAAAAAAAAAA's-AAAAAAAAAAAAAAAAAAAA's-AAAAAAAAAAAAAAAA's";
+    const struct { std::string word; uint32_t options; int expected; } cases[] = {
+        {as, run, 0},
+        {as + "qzq", run, 1},
+        {caps + "ab-cd", hy | LX_OPT_IGNORE_ALL_CAPITALS, 0},
+        {caps + "ab-cd", hy, 0}, // "AA" and "AAA" are found as "aa" and "aaa"
+        {caps + "ab-cx", hy, 1},
+        {thes + "thx", hy, 1},
+        {thes + "the", hy, 0},
+        {poss, hy | LX_OPT_STRIP_POSSESSIVE | LX_OPT_SPLIT_AT_APOSTROPHE | LX_OPT_IGNORE_ALL_CAPITALS, 0},
+    };
+    for (const auto &c : cases)
+        EXPECT_EQ(c.expected, LX_CheckWord(c.word.c_str(), list, c.options, nullptr, 0, nullptr)) << c.word;
 }
 
 TEST(Rules, DivisionOfWords) {

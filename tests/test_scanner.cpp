@@ -1,5 +1,7 @@
 // Tests of the word scanner: where words start, what they hold, and how a
 // host steps from one word to the next.
+#include <random>
+
 #include "chartab.h"
 #include "check.h"
 #include "lxtest.h"
@@ -116,6 +118,47 @@ TEST(Scanner, PrevTextWord) {
         char word[LX_MAX_WORD_SZ] = "X";
         LX_PrevTextWord(c.text, c.cursor, N, word, sizeof word);
         EXPECT_STREQ(c.expected, word) << c.text << " at " << c.cursor;
+    }
+    // The walk back over a run of word characters reaches LX_PREV_WORD_REACH
+    // bytes: a longer run has no word before it.
+    for (int32_t run : {LX_PREV_WORD_REACH - 1, LX_PREV_WORD_REACH, LX_PREV_WORD_REACH + 1, 100000}) {
+        const std::string text = "y " + std::string(static_cast<size_t>(run), 'x') + "  cat";
+        char word[LX_MAX_WORD_SZ] = "X";
+        LX_PrevTextWord(text.c_str(), static_cast<int32_t>(text.size()) - 3, N, word, sizeof word);
+        EXPECT_EQ(run <= LX_PREV_WORD_REACH ? std::string(80, 'x') : "", word) << run;
+    }
+}
+
+// The underscore test's answer is kept for the stretch that its look-ahead
+// covered. A host's walk over random texts of address characters, where
+// words with a digit pass and others are reported, finds at each report
+// the word that a fresh extraction at that place finds, and the same
+// reports as stepping word by word.
+TEST(Scanner, UnderscoreLookAheadIsShared) {
+    std::mt19937 rng(11);
+    const char chars[] = "a1_.@- x";
+    const uint32_t options = A | LX_OPT_CHECK_SPELLING | LX_OPT_IGNORE_WITH_DIGITS;
+    LX_Lexicon *none[] = {nullptr};
+    for (int i = 0; i < 3000; ++i) {
+        std::string text;
+        for (size_t n = rng() % 60; text.size() < n;) text += chars[rng() % (sizeof chars - 1)];
+        for (int32_t wordSz : {LX_MAX_WORD_SZ, 50}) {
+            std::string reports, stepped;
+            int32_t cursor = 0;
+            char word[LX_MAX_WORD_SZ], fresh[LX_MAX_WORD_SZ];
+            while (LX_CheckText(text.c_str(), none, options, &cursor, word, wordSz, nullptr, 0) != LX_RES_NONE_LEFT) {
+                EXPECT_EQ(cursor, LX_ExtractWord(text.c_str(), cursor, options, fresh, wordSz));
+                EXPECT_STREQ(fresh, word) << text;
+                reports += at(word, cursor) + " ";
+                if ((cursor = LX_NextTextWord(text.c_str(), cursor, options)) < 0) break;
+            }
+            for (int32_t c = 0; c >= 0; c = LX_NextTextWord(text.c_str(), c, options)) {
+                const int32_t start = LX_ExtractWord(text.c_str(), c, options, fresh, wordSz);
+                if (start < 0) break;
+                if (!LX_IsIgnoredWord(fresh, options)) stepped += at(fresh, start) + " ";
+            }
+            EXPECT_EQ(stepped, reports) << text;
+        }
     }
 }
 
