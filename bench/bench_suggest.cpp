@@ -120,6 +120,22 @@ int main(int argc, char **argv) {
             if (std::strcmp(p.edit, edit) == 0) some.push_back(p);
         run(edit, some, list, typo, 100);
     }
+
+    // The slowest requests: words of 80 characters with every option that
+    // makes the check of each edit divide the word.
+    const uint32_t all = typo | LX_OPT_SUGGEST_PHONETIC | LX_OPT_SUGGEST_SPLIT | LX_OPT_SPLIT_RUN_TOGETHER |
+                         LX_OPT_SPLIT_AT_HYPHEN | LX_OPT_SPLIT_AT_APOSTROPHE | LX_OPT_STRIP_POSSESSIVE;
+    std::string thes, letters;
+    while (thes.size() < 80) thes += "the-";
+    while (letters.size() < 80) letters += "abcdefghij";
+    for (const std::string &w : {thes.substr(0, 80), letters.substr(0, 80), std::string(80, 'A')}) {
+        SuggEntry entries[10];
+        SuggSet set{entries, 0, 10};
+        double t0 = now_seconds();
+        int32_t n = LX_Suggest(w.c_str(), 100, list, all, &set);
+        std::printf("suggest worst word %.12s... depth 100, all options: %8.1f ms (%d found)\n", w.c_str(),
+                    (now_seconds() - t0) * 1e3, n);
+    }
     LX_Lexicon_Close(&lex);
     return 0;
 }
