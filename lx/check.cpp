@@ -701,7 +701,9 @@ int16_t check_word(CheckContext &ctx, const char *word, LX_Lexicon *const *lexic
     char norm[LX_MAX_WORD_SZ];
     const int32_t normLen = LX_NormaliseWord(word, options, norm);
     if (normLen == 0) return 0;
-    if (ctx.origin == nullptr) {
+    if (ctx.memo == nullptr) {
+        // Without the run-together rule no verdict is remembered.
+    } else if (ctx.origin == nullptr) {
         // The word of LX_CheckWord: every stretch that the rules judge lies in it.
         ctx.origin = norm;
         ctx.originLen = normLen;
@@ -749,6 +751,22 @@ int16_t check_word(CheckContext &ctx, const char *word, LX_Lexicon *const *lexic
     return result;
 }
 
+// LX_CheckWord with the run-together option: the chain with a memo, which
+// only this frame holds, so that the stack of a plain check stays small.
+__attribute__((noinline)) int16_t check_dividing(CheckContext &ctx, const char *word, LX_Lexicon *const *lexicons,
+                                                 uint32_t options, char *repl, int32_t replSz, int32_t *offset) {
+    RunMemo memo; // cleared only if the run-together rule runs
+    ctx.memo = &memo;
+    return check_word(ctx, word, lexicons, options, repl, replSz, offset, Span{});
+}
+
+inline int16_t check_top(const char *word, LX_Lexicon *const *lexicons, uint32_t options, char *repl,
+                         int32_t replSz, int32_t *offset) {
+    CheckContext ctx;
+    if (options & LX_OPT_SPLIT_RUN_TOGETHER) return check_dividing(ctx, word, lexicons, options, repl, replSz, offset);
+    return check_word(ctx, word, lexicons, options, repl, replSz, offset, Span{});
+}
+
 } // namespace
 
 int16_t LX_LookupWord(const char *word, LX_Lexicon *const *lexicons, uint32_t options, char *repl,
@@ -758,10 +776,7 @@ int16_t LX_LookupWord(const char *word, LX_Lexicon *const *lexicons, uint32_t op
 
 int16_t LX_CheckWord(const char *word, LX_Lexicon *const *lexicons, uint32_t options, char *repl,
                      int32_t replSz, int32_t *offset) {
-    RunMemo memo; // cleared only if the run-together rule runs
-    CheckContext ctx;
-    ctx.memo = (options & LX_OPT_SPLIT_RUN_TOGETHER) ? &memo : nullptr;
-    return check_word(ctx, word, lexicons, options, repl, replSz, offset, Span{});
+    return check_top(word, lexicons, options, repl, replSz, offset);
 }
 
 // ------------------------------------------------------------------- driver
@@ -800,7 +815,7 @@ extern "C" LX_API int32_t LX_CheckText(const char *text, LX_Lexicon *const *lexi
 
     if (options & LX_OPT_SINGLE_WORD) {
         LX_Str_Copy(word, wordSz, text + *cursor);
-        int16_t r = LX_CheckWord(word, lexicons, options, repl, replSz, &delta);
+        int16_t r = check_top(word, lexicons, options, repl, replSz, &delta);
         if ((r & LX_RES_MISSPELLED) && (options & splitOptions))
             narrow_report(options, delta, cursor, word, wordSz);
         return r == 0 ? LX_RES_NONE_LEFT : r;
@@ -821,7 +836,7 @@ extern "C" LX_API int32_t LX_CheckText(const char *text, LX_Lexicon *const *lexi
         // The walk steps over the word as an 80-character buffer measures
         // it; with a word buffer of that size, that is the word just taken.
         int32_t walkLen = wordSz == LX_MAX_WORD_SZ ? length : -1;
-        int32_t r = LX_CheckWord(word, lexicons, options, repl, replSz, &delta);
+        int32_t r = check_top(word, lexicons, options, repl, replSz, &delta);
         if (reportRepeated && !LX_IsIgnoredWord(word, options)) {
             bool equal = (options & LX_OPT_CASE_SENSITIVE) ? LX_Str_Cmp(word, prev) == 0
                                                            : LX_Str_ICmp(word, prev) == 0;

@@ -142,7 +142,7 @@ void table_erase(uint64_t *table, uint32_t mask, uint32_t hash, int32_t node) {
 }
 
 // The node of the word, or -1.
-int32_t node_of(const DmtIndex *ix, const char *word) {
+inline __attribute__((always_inline)) int32_t node_of(const DmtIndex *ix, const char *word) {
     const uint32_t h = hash_exact(word);
     for (uint32_t i = h & ix->mask; ix->exact[i] != 0; i = (i + 1) & ix->mask) {
         const uint64_t s = ix->exact[i];

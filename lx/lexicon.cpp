@@ -85,15 +85,6 @@ int32_t LX_Lexicon_FindSimilar(LX_Lexicon *lex, const char *word, int32_t depth,
     }
 }
 
-uint32_t LX_BaseFormHash(const char *word) {
-    uint32_t h = 2166136261u;
-    for (const uchar *p = reinterpret_cast<const uchar *>(word); *p; ++p) {
-        uchar base = lx_fold(*p);
-        h = (h ^ (base != 0 ? base : 1u)) * 16777619u;
-    }
-    return h;
-}
-
 int32_t LX_Lexicon_ForEachBaseForm(LX_Lexicon *lex, const char *word, LX_BaseFormVisitor visit,
                                    void *ctx) {
     LX_ASSERT(lex != NULL);

@@ -4,6 +4,7 @@
 #ifndef LX_LEXICON_H
 #define LX_LEXICON_H
 
+#include "chartab.h"
 #include "compare.h"
 #include "lxbase.h"
 
@@ -17,9 +18,13 @@ int32_t LX_Lexicon_FindSimilar(LX_Lexicon *lex, const char *word, int32_t depth,
                                LX_WordComparatorCb wordComparatorCb, SuggSet *suggestions);
 
 // Hash of a word's base form: every letter by its base letter, every
-// character without one by the same mark, so that all accented and case
-// forms of a word share it.
-uint32_t LX_BaseFormHash(const char *word);
+// character without one by the same mark (its folding entry, 0), so that
+// all accented and case forms of a word share it.
+inline uint32_t LX_BaseFormHash(const char *word) {
+    uint32_t h = 2166136261u;
+    for (const uchar *p = reinterpret_cast<const uchar *>(word); *p; ++p) h = (h ^ lx_fold(*p)) * 16777619u;
+    return h;
+}
 
 // Called with each held word of a base form; gives false to stop the walk.
 using LX_BaseFormVisitor = bool (*)(void *ctx, const char *held);
