@@ -251,9 +251,11 @@ LX_API int32_t LX_Lexicon_Size(LX_Lexicon *lex);
 
 /* ----------------------------------------------------------- diagnostics */
 
-/* LX_Diag_GetLastMsg: the last message of the process, or null before the
- * first one. The text is the engine's: don't free it, and copy it if it is
- * needed after the next call into the engine. */
+/* LX_Diag_GetLastMsg: the last message that a call of the engine left on
+ * the calling thread, or null before the first one. Each thread has its
+ * own: what one thread's calls write never changes what another reads.
+ * The text is the engine's: don't free it, and copy it if it is needed
+ * after the thread's next call into the engine or after the thread ends. */
 LX_API const char *LX_Diag_GetLastMsg(void);
 
 /* The library's revision text. */
