@@ -223,9 +223,11 @@ LX_API int32_t LX_DMTLex_Create(LX_Lexicon *lex, int32_t initialCapacity, int16_
 /* LX_Lexicon_AddWord: stores word with action and otherWord (the
  * replacement of a change action, or null); a word stored already gets the
  * new action and other word. Returns 0, LX_ERR_INVALID_WORD (a control byte
- * or a byte without a class, more than 80 characters, or an action of 0 or
- * below; message left), LX_ERR_NO_MEMORY (nothing changed) or
- * LX_ERR_UNSUPPORTED for a kind that can't be changed. */
+ * or a byte without a class, more than 80 characters, or an action outside
+ * 1 to 255, as the image keeps it in one byte; message left),
+ * LX_ERR_NO_MEMORY (nothing changed) or LX_ERR_UNSUPPORTED for a kind that
+ * can't be changed. Of a word longer than 80 characters no more than 81
+ * bytes are read, whatever its length. */
 LX_API int32_t LX_Lexicon_AddWord(LX_Lexicon *lex, const char *word, int16_t action,
                                   const char *otherWord);
 
