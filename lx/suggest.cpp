@@ -275,6 +275,7 @@ extern "C" LX_API int32_t LX_Suggest(const char *word, int32_t depth, LX_Lexicon
     LX_ASSERT(word != NULL);
     LX_ASSERT(lexicons != NULL);
     LX_ASSERT(set != NULL);
+    LX_ASSERT(set->entries != NULL);
     Suggester s{};
     s.word = word;
     s.lexicons = lexicons;

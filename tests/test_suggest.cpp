@@ -108,5 +108,3 @@ TEST(Suggest, EarlierEntriesTakeCaseAndLookAlikesGo) {
     // Words excluded by an earlier lexicon go.
     EXPECT_EQ("cot:80", suggest("cit", 100, LexList{&user.lex, &main.lex}, CS | TYPO));
 }
-
-TEST(SuggestDeathTest, NullSet) { EXPECT_DEATH(LX_Suggest("x", 10, LexList{}, 0, nullptr), "set != NULL"); }
