@@ -195,6 +195,7 @@ void Suggester::space_behind_punctuation() {
     const uchar *w = reinterpret_cast<const uchar *>(word);
     int32_t len = 0, punct = 0, at = -1;
     for (; w[len] != 0; ++len) {
+        if (len + 1 >= LX_MAX_WORD_SZ) return; // too long for a space more, whatever its length
         if (lx_class(w[len]) & LX_CC_PUNCT) {
             ++punct;
             at = len;

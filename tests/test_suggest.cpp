@@ -108,3 +108,4 @@ TEST(Suggest, EarlierEntriesTakeCaseAndLookAlikesGo) {
     // Words excluded by an earlier lexicon go.
     EXPECT_EQ("cot:80", suggest("cit", 100, LexList{&user.lex, &main.lex}, CS | TYPO));
 }
+
