@@ -25,7 +25,13 @@ struct LastMsg {
     LastMsg() = default;
     LastMsg(const LastMsg &) = delete;
     LastMsg &operator=(const LastMsg &) = delete;
-    ~LastMsg() { std::free(text); }
+    // Leaves the record empty, not dangling: a message written later in
+    // the thread's exit (from a host's own exit handler) starts afresh.
+    ~LastMsg() {
+        std::free(text);
+        text = nullptr;
+        size = 0;
+    }
 };
 
 thread_local LastMsg tLastMsg;
