@@ -697,7 +697,8 @@ extern "C" LX_API int32_t LX_CheckText(const char *text, LX_Lexicon *const *lexi
     const bool reportRepeated = (options & LX_OPT_REPORT_REPEATED) != 0;
     char prev[LX_MAX_WORD_SZ];
     prev[0] = '\0';
-    if (reportRepeated) LX_PrevTextWord(text, *cursor, options, prev, sizeof prev);
+    // Before offset 0 there is no word (and a negative cursor finds none).
+    if (reportRepeated && *cursor > 0) LX_PrevTextWord(text, *cursor, options, prev, sizeof prev);
 
     int32_t length = 0;
     int32_t start = extract_word(text, *cursor, options, word, wordSz, &length);

@@ -35,6 +35,8 @@ TEST(CheckText, WalksToTheFirstReport) {
         {"The the", r, 0, 128, 4, "the"}, {"The the", r | LX_OPT_CASE_SENSITIVE, 0, 64, 4, "the"},
         {"the <b>the", r | LX_OPT_MARKUP, 0, 64, 7, "the"}, {"xyz xyz", r, 0, 1, 0, "xyz"},
         {"xyz xyz", r, 4, 129, 4, "xyz"}, {"THE THE", r | LX_OPT_IGNORE_ALL_CAPITALS, 0, 64, 4, "THE"},
+        // In text mode a negative cursor finds nothing.
+        {"the cat", r, -3, 64, -3, "unwritten"}, {"the cat", r, INT32_MIN, 64, -3, "unwritten"},
         // A report on a compound narrows to the piece at fault, in
         // single-word mode too.
         {"well-knwon", hy, 0, 1, 5, "knwon"}, {"wll-knwon the", hy, 0, 1, 0, "wll"},
