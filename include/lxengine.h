@@ -12,10 +12,27 @@
  *  - Functions return 0, a length or a count on success and a negative
  *    LX_ERR_... code on failure. A failure usually leaves a message that
  *    LX_Diag_GetLastMsg() returns.
- *  - Passing a null pointer where a value is required is a programming error
- *    and stops the process through the standard assertion route.
- *  - Nothing is thread-safe by itself: calls that use the same lexicon must
- *    not overlap.
+ *  - Passing a null pointer where a value is required, or a negative cursor
+ *    where it would be read from, is a programming error and stops the
+ *    process through the standard assertion route, with the failed test as
+ *    the message (such as "lexicons != NULL").
+ *  - Offsets into a text are signed 32-bit numbers. A cursor must lie
+ *    within the text, at its terminator at most: one beyond it is the
+ *    caller's error, and the engine doesn't test for it.
+ *
+ * Threads. The engine has no threads and takes no locks. Which calls may
+ * run at the same time on different threads:
+ *  - Calls that use separate lexicons (each thread its own): all of them,
+ *    with texts, buffers and suggestion sets of each thread's own.
+ *    LX_NextTextWord, LX_DelText and LX_InsertText on different texts use
+ *    no lexicon. Each thread has its own last message (LX_Diag_GetLastMsg).
+ *  - One memory lexicon (LEX_DMT) shared and read only: lookups through
+ *    LX_CheckText and LX_Suggest, and LX_Lexicon_GetImage and
+ *    LX_Lexicon_Size, may overlap, as long as nobody changes the lexicon
+ *    meanwhile.
+ *  - A call that changes a lexicon (LX_Lexicon_AddWord, _DelWord, _Clear,
+ *    _Close, or its creation) must not overlap any other call that uses
+ *    that lexicon. Nor may any two calls on one lexicon of another kind.
  */
 #ifndef LXENGINE_H
 #define LXENGINE_H
@@ -169,17 +186,23 @@ typedef struct SuggSet {
  *     normally LX_MAX_WORD_SZ); asserted non-null.
  *   repl, replSz: buffer for a replacement, or null and 0. It may be the
  *     same buffer as word.
+ *   text, lexicons, cursor and word are asserted non-null. In
+ *     LX_OPT_SINGLE_WORD mode *cursor is asserted to be 0 or more; in text
+ *     mode a negative one finds nothing.
  * Returns the LX_RES_... bits of the report, with *cursor at the first byte
  * of the word; or LX_RES_NONE_LEFT when nothing is left to report (a
  * single word that passes, in LX_OPT_SINGLE_WORD mode). Never an error:
- * a lexicon that fails counts as not holding the word. */
+ * a lexicon that fails counts as not holding the word.
+ * A text is walked up to offset INT32_MAX at most (2 GiB): the byte there
+ * counts as its end, and a word that reaches it is cut before it. */
 LX_API int32_t LX_CheckText(const char *text, LX_Lexicon *const *lexicons,
                             uint32_t options, int32_t *cursor, char *word,
                             int32_t wordSz, char *repl, int32_t replSz);
 
 /* LX_NextTextWord: offset of the word behind the word at or after cursor,
  * or LX_ERR_NOT_FOUND if there is none. Only LX_OPT_MARKUP and
- * LX_OPT_IGNORE_ADDRESSES act here. Asserts text != NULL, cursor >= 0. */
+ * LX_OPT_IGNORE_ADDRESSES act here. Asserts text != NULL, cursor >= 0.
+ * Like LX_CheckText it ends the text at offset INT32_MAX at the latest. */
 LX_API int32_t LX_NextTextWord(const char *text, int32_t cursor, uint32_t options);
 
 /* LX_DelText: removes up to count characters at cursor, in place.
@@ -203,11 +226,16 @@ LX_API int32_t LX_InsertText(char *text, int32_t textSz, int32_t cursor, const c
  *   LX_OPT_SUGGEST_SPLIT: the word divided into two words.
  * depth (0 to 100) says how far to search; above 30 every lexicon is swept.
  * An edit counts only if LX_CheckText passes it. Every candidate ends up
- * with a score of 1 to 100 (99: the replacement a lexicon stores for this
- * very word), in the case of word and with its possessive ending.
+ * with a score of 0 to 100, the likeness that the typographic comparator
+ * finds between it and word (99: the replacement a lexicon stores for this
+ * very word), in the case of word and with its possessive ending. A
+ * candidate found by an edit, a pattern search or a division keeps its
+ * score even when that is 0: "a" against a lexicon holding "x" gives "x"
+ * with 0.
  * Candidates of equal score keep the order in which they were found, so
  * the list is the same on every run. Entries already in set stay and are
- * treated like new ones. Asserts word != NULL and set != NULL.
+ * treated like new ones. Asserts word, lexicons, set and set->entries
+ * non-null.
  * Returns the number of entries in set; 0 (set unchanged) if nothing of
  * word is left to check. Never an error. */
 LX_API int32_t LX_Suggest(const char *word, int32_t depth, LX_Lexicon *const *lexicons,
@@ -223,9 +251,11 @@ LX_API int32_t LX_DMTLex_Create(LX_Lexicon *lex, int32_t initialCapacity, int16_
 /* LX_Lexicon_AddWord: stores word with action and otherWord (the
  * replacement of a change action, or null); a word stored already gets the
  * new action and other word. Returns 0, LX_ERR_INVALID_WORD (a control byte
- * or a byte without a class, more than 80 characters, or an action of 0 or
- * below; message left), LX_ERR_NO_MEMORY (nothing changed) or
- * LX_ERR_UNSUPPORTED for a kind that can't be changed. */
+ * or a byte without a class, more than 80 characters, or an action outside
+ * 1 to 255, as the image keeps it in one byte; message left),
+ * LX_ERR_NO_MEMORY (nothing changed) or LX_ERR_UNSUPPORTED for a kind that
+ * can't be changed. Of a word longer than 80 characters no more than 81
+ * bytes are read, whatever its length. */
 LX_API int32_t LX_Lexicon_AddWord(LX_Lexicon *lex, const char *word, int16_t action,
                                   const char *otherWord);
 
@@ -251,9 +281,11 @@ LX_API int32_t LX_Lexicon_Size(LX_Lexicon *lex);
 
 /* ----------------------------------------------------------- diagnostics */
 
-/* LX_Diag_GetLastMsg: the last message of the process, or null before the
- * first one. The text is the engine's: don't free it, and copy it if it is
- * needed after the next call into the engine. */
+/* LX_Diag_GetLastMsg: the last message that a call of the engine left on
+ * the calling thread, or null before the first one. Each thread has its
+ * own: what one thread's calls write never changes what another reads.
+ * The text is the engine's: don't free it, and copy it if it is needed
+ * after the thread's next call into the engine or after the thread ends. */
 LX_API const char *LX_Diag_GetLastMsg(void);
 
 /* The library's revision text. */

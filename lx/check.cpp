@@ -25,6 +25,14 @@ namespace {
 
 constexpr int32_t kMaxChars = LX_MAX_WORD_SZ - 1;
 
+// Offsets into a text are signed 32-bit numbers, so the walk treats the
+// byte at this offset as the end of the text: no word reaches it, and no
+// offset past it is ever formed.
+constexpr int32_t kCursorLimit = INT32_MAX;
+
+// True if offset i is where the walk over text t ends.
+inline bool at_walk_end(const uchar *t, int32_t i) { return i < 0 || i >= kCursorLimit || t[i] == 0; }
+
 const uchar *bytes(const char *s) { return reinterpret_cast<const uchar *>(s); }
 
 bool is_name_char(uchar c) { return lx_is_alnum(c) || c == '_' || c == '-'; }
@@ -34,6 +42,7 @@ bool is_name_char(uchar c) { return lx_is_alnum(c) || c == '_' || c == '-'; }
 // '@' must stand between two name characters.
 bool mail_test(const uchar *t, int32_t at) {
     for (int32_t i = at + 1;; ++i) {
+        if (i >= kCursorLimit) return false; // the end of what a walk reaches
         uchar c = t[i];
         if (c == '.') {
             if (is_name_char(t[i - 1]) && is_name_char(t[i + 1])) break;
@@ -61,7 +70,7 @@ struct UnderscoreCache {
 bool underscore_test(const uchar *t, int32_t at, UnderscoreCache &cache) {
     if (at >= cache.from && at < cache.to) return cache.yes;
     for (int32_t i = at + 1;; ++i) {
-        uchar c = t[i];
+        uchar c = i < kCursorLimit ? t[i] : 0; // the end of what a walk reaches
         bool end = true, yes = false;
         if (c == '@') {
             yes = true;
@@ -112,7 +121,7 @@ int32_t LX_SkipToWord(const char *text, int32_t cursor, uint32_t options) {
     bool inTag = false, inEntity = false;
     int32_t entityStart = 0;
     int32_t i = cursor;
-    for (; t[i] != 0; ++i) {
+    for (; i < kCursorLimit && t[i] != 0; ++i) {
         uchar c = t[i];
         if (!inTag && !inEntity && lx_is_alnum(c)) return i;
         if (!markup) continue;
@@ -142,7 +151,10 @@ int32_t extract_word(const char *text, int32_t cursor, uint32_t options, char *w
                      int32_t *length, UnderscoreCache &underscores) {
     int32_t start = LX_SkipToWord(text, cursor, options);
     const uchar *t = bytes(text);
-    if (start < 0 || t[start] == 0) return LX_ERR_NOT_FOUND;
+    if (at_walk_end(t, start)) return LX_ERR_NOT_FOUND;
+    // The word ends where the buffer is full or at the walk's limit: while
+    // the loop below runs, i is start + n.
+    const int32_t room = wordSz - 1 < kCursorLimit - start ? wordSz - 1 : kCursorLimit - start;
 
     const bool markup = (options & LX_OPT_MARKUP) != 0;
     const bool addresses = (options & LX_OPT_IGNORE_ADDRESSES) != 0;
@@ -153,7 +165,7 @@ int32_t extract_word(const char *text, int32_t cursor, uint32_t options, char *w
         if (markup && t[start] == '&') inEntity = true;
     }
     int32_t i = start + 1;
-    for (; t[i] != 0 && n < wordSz - 1; ++i) {
+    for (; t[i] != 0 && n < room; ++i) {
         const uchar c = t[i], before = t[i - 1], after = t[i + 1];
         bool take;
         if (lx_is_alnum(c)) {
@@ -198,7 +210,7 @@ int32_t extract_word(const char *text, int32_t cursor, uint32_t options, char *w
     }
 
     bool abbreviation = !(dots > 0 && has_run_of_three(word, n));
-    if (t[i] == '.' && dots > 0 && abbreviation && n < wordSz - 1) {
+    if (t[i] == '.' && dots > 0 && abbreviation && n < room) {
         word[n++] = '.';
         ++dots;
     }
@@ -255,8 +267,7 @@ int32_t next_text_word(const char *text, int32_t cursor, uint32_t options, Under
     int32_t start = extract_word(text, cursor, options, local, sizeof local, &length, underscores);
     if (start < 0) return start;
     int32_t next = LX_SkipToWord(text, start + length, options);
-    if (next >= 0 && text[next] != '\0') return next;
-    return LX_ERR_NOT_FOUND;
+    return at_walk_end(bytes(text), next) ? LX_ERR_NOT_FOUND : next;
 }
 
 } // namespace
@@ -809,11 +820,14 @@ extern "C" LX_API int32_t LX_CheckText(const char *text, LX_Lexicon *const *lexi
                                        int32_t *cursor, char *word, int32_t wordSz, char *repl,
                                        int32_t replSz) {
     LX_ASSERT(text != NULL);
+    LX_ASSERT(lexicons != NULL);
+    LX_ASSERT(cursor != NULL);
     LX_ASSERT(word != NULL);
     const uint32_t splitOptions = LX_OPT_SPLIT_AT_HYPHEN | LX_OPT_SPLIT_AT_APOSTROPHE;
     int32_t delta = 0;
 
     if (options & LX_OPT_SINGLE_WORD) {
+        LX_ASSERT(*cursor >= 0);
         LX_Str_Copy(word, wordSz, text + *cursor);
         int16_t r = check_top(word, lexicons, options, repl, replSz, &delta);
         if ((r & LX_RES_MISSPELLED) && (options & splitOptions))
@@ -825,7 +839,8 @@ extern "C" LX_API int32_t LX_CheckText(const char *text, LX_Lexicon *const *lexi
     const bool reportRepeated = (options & LX_OPT_REPORT_REPEATED) != 0;
     char prev[LX_MAX_WORD_SZ];
     prev[0] = '\0';
-    if (reportRepeated) LX_PrevTextWord(text, *cursor, options, prev, sizeof prev);
+    // Before offset 0 there is no word (and a negative cursor finds none).
+    if (reportRepeated && *cursor > 0) LX_PrevTextWord(text, *cursor, options, prev, sizeof prev);
 
     int32_t length = 0;
     UnderscoreCache underscores;
@@ -850,7 +865,7 @@ extern "C" LX_API int32_t LX_CheckText(const char *text, LX_Lexicon *const *lexi
         int32_t next;
         if (walkLen >= 0) {
             next = LX_SkipToWord(text, *cursor + walkLen, options);
-            if (next < 0 || t[next] == 0) return LX_RES_NONE_LEFT;
+            if (at_walk_end(t, next)) return LX_RES_NONE_LEFT;
         } else {
             next = next_text_word(text, *cursor, options, underscores);
             if (next < 0) return LX_RES_NONE_LEFT;

@@ -4,6 +4,8 @@
 // works in automatic buffers of LX_MAX_WORD_SZ bytes.
 #include "clex.h"
 
+#include <cstring>
+
 #include "chartab.h"
 #include "safestr.h"
 
@@ -22,10 +24,10 @@ void decode_entities(const char *word, char *out) {
         if (n < kMaxChars) out[n++] = static_cast<char>(c);
     };
     bool inEntity = false;
-    int32_t ampAt = 0;   // index in word of the '&' that opened the entity
+    size_t ampAt = 0;    // index in word of the '&' that opened the entity
     char name[LX_MAX_WORD_SZ];
     int32_t nameLen = 0;
-    for (int32_t i = 0; w[i] != 0; ++i) {
+    for (size_t i = 0; w[i] != 0; ++i) { // a caller's word may be of any length
         uchar c = w[i];
         if (c == '&') {
             inEntity = true;
@@ -87,7 +89,7 @@ void LX_RestorePossessive(const char *word, uint32_t options, char *repl) {
 void LX_RestorePossessiveIn(const char *word, uint32_t options, char *repl, int32_t replSz) {
     if (replSz > LX_MAX_WORD_SZ) replSz = LX_MAX_WORD_SZ;
     if (!(options & LX_OPT_STRIP_POSSESSIVE)) return;
-    int32_t n = LX_Str_Len(word);
+    const size_t n = std::strlen(word); // a caller's word may be of any length
     if (n < 2) return;
     const uchar *w = reinterpret_cast<const uchar *>(word);
     char s;
@@ -131,7 +133,7 @@ void LX_TransferCase(const char *word, int16_t mode, int16_t keepAccents, char *
         return;
     }
 
-    int32_t len = 0;
+    size_t len = 0;           // a caller's word may be of any length
     bool lacksUpper = false; // a letter without the capital bit
     for (; w[len] != 0; ++len)
         if (lx_is_alpha(w[len]) && !lx_is_upper(w[len])) lacksUpper = true;

@@ -35,8 +35,9 @@ int16_t LX_Compare_Typographic(const char *a, const char *b) {
     const uchar *pb = startB;
     if (*pa == 0) return 0;
 
-    int sum = 0;
-    int n = 0;
+    // In 64 bits: a caller may compare words of any length.
+    int64_t sum = 0;
+    int64_t n = 0;
     while (*pa != 0 && *pb != 0) {
         ++n;
         const uchar ca = *pa;

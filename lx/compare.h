@@ -47,8 +47,9 @@ inline constexpr int8_t LX_LetterMatrix[26][26] = {
     {0, 0, 20, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 25, 0, 0, 0, 0, 20, 0, 100},        // Z
 };
 
-// Typographic likeness of a and b (texts of up to 81 characters, spaces
-// allowed): the mean credit per position, 0 to 100. a empty gives 0.
+// Typographic likeness of a and b (normally texts of up to 81 characters,
+// spaces allowed, but any length is scored right): the mean credit per
+// position, 0 to 100. a empty gives 0.
 int16_t LX_Compare_Typographic(const char *a, const char *b);
 
 // 0 unless the phonetic key of one word (compared in lower case) equals the

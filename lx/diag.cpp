@@ -1,11 +1,15 @@
-// diag.cpp - the last message of the process and the LX_DEBUG trace.
+// diag.cpp - the last message and the LX_DEBUG trace.
 //
-// State (process-wide, unprotected, like the rest of the engine's few
-// globals): the buffer of the last message, which grows as needed and lives
-// until the process ends, and the cached value of LX_DEBUG, -1 until the
-// first message looks it up.
+// State: the buffer of the last message, one for each thread, so that a
+// thread reads the message that its own last call left and a failure in
+// one thread never moves the buffer that another is formatting into or
+// reading. Each buffer grows as needed and is given back when its thread
+// ends. Beside it, the cached value of LX_DEBUG, process-wide, -1 until
+// the first message looks it up; it is an atomic, as threads may look it
+// up at the same time (they all store the same value).
 #include "diag.h"
 
+#include <atomic>
 #include <cstdarg>
 #include <cstdlib>
 
@@ -14,24 +18,43 @@
 extern "C" LX_API const char LX_Version[] = "$Revision: 1.2 $";
 
 namespace {
-char *gLastMsg = nullptr;
-size_t gLastMsgSize = 0;
-int32_t gDebugSetting = -1;
+
+struct LastMsg {
+    char *text = nullptr;
+    size_t size = 0;
+    LastMsg() = default;
+    LastMsg(const LastMsg &) = delete;
+    LastMsg &operator=(const LastMsg &) = delete;
+    // Leaves the record empty, not dangling: a message written later in
+    // the thread's exit (from a host's own exit handler) starts afresh.
+    ~LastMsg() {
+        std::free(text);
+        text = nullptr;
+        size = 0;
+    }
+};
+
+thread_local LastMsg tLastMsg;
+std::atomic<int32_t> gDebugSetting{-1};
+
 } // namespace
 
 void LX_Diag_Msg(const char *format, ...) {
+    LastMsg &msg = tLastMsg;
     va_list args;
     va_start(args, format);
-    int formatted = LX_VFormatGrow(&gLastMsg, &gLastMsgSize, format, args);
+    int formatted = LX_VFormatGrow(&msg.text, &msg.size, format, args);
     va_end(args);
 
-    if (gDebugSetting == -1) {
+    int32_t setting = gDebugSetting.load(std::memory_order_relaxed);
+    if (setting == -1) {
         const char *value = std::getenv("LX_DEBUG");
-        gDebugSetting = value ? static_cast<int32_t>(std::atoi(value)) : 0;
+        setting = value ? static_cast<int32_t>(std::atoi(value)) : 0;
+        gDebugSetting.store(setting, std::memory_order_relaxed);
     }
-    if (gDebugSetting != 0 && formatted) LX_TraceLine("   LX_DEBUG: %s", gLastMsg);
+    if (setting != 0 && formatted) LX_TraceLine("   LX_DEBUG: %s", msg.text);
 }
 
-void LX_Diag_ResetDebugSetting() { gDebugSetting = -1; }
+void LX_Diag_ResetDebugSetting() { gDebugSetting.store(-1, std::memory_order_relaxed); }
 
-extern "C" LX_API const char *LX_Diag_GetLastMsg(void) { return gLastMsg; }
+extern "C" LX_API const char *LX_Diag_GetLastMsg(void) { return tLastMsg.text; }

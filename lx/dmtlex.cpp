@@ -310,18 +310,25 @@ extern "C" LX_API int32_t LX_DMTLex_Create(LX_Lexicon *lex, int32_t initialCapac
 int32_t LX_DMTLex_AddWord(LX_Lexicon *lex, const char *word, int16_t action, const char *otherWord) {
     check_open(lex);
     LX_ASSERT(word != NULL);
-    int32_t len = 0;
-    for (const uchar *p = reinterpret_cast<const uchar *>(word); *p; ++p, ++len) {
-        if ((lx_class(*p) & 0x0F) == 0 || *p < 0x20) {
-            LX_Diag_Msg("AddWord: %s contains invalid character (0x%x)", word, *p);
+    // The length is counted only up to one character past the longest
+    // word, so that a word of any length, even beyond what 32 bits count,
+    // is refused after reading no more than that.
+    const size_t len = strnlen(word, static_cast<size_t>(LX_DMTLEX_MAX_WORD) + 1);
+    for (size_t i = 0; i < len; ++i) {
+        const uchar c = lx_byte(word[i]);
+        if ((lx_class(c) & 0x0F) == 0 || c < 0x20) {
+            // The word as far as it was read: all of it unless it is too long.
+            LX_Diag_Msg("AddWord: %.*s contains invalid character (0x%x)", static_cast<int>(len), word, c);
             return LX_ERR_INVALID_WORD;
         }
     }
-    if (len > LX_DMTLEX_MAX_WORD) {
-        LX_Diag_Msg("AddWord: %s is longer than %d characters", word, LX_DMTLEX_MAX_WORD);
+    if (len > static_cast<size_t>(LX_DMTLEX_MAX_WORD)) {
+        LX_Diag_Msg("AddWord: %.*s... is longer than %d characters", static_cast<int>(LX_DMTLEX_MAX_WORD), word,
+                    LX_DMTLEX_MAX_WORD);
         return LX_ERR_INVALID_WORD;
     }
-    if (action <= 0) {
+    // The image keeps an action in one byte.
+    if (action <= 0 || action > 255) {
         LX_Diag_Msg("AddWord: %s has invalid action (%d)", word, action);
         return LX_ERR_INVALID_WORD;
     }

@@ -4,13 +4,15 @@
 #ifndef LX_PLATFORM_H
 #define LX_PLATFORM_H
 
+#include <atomic>
 #include <cstdarg>
 
 #include "lxbase.h"
 
-// Handle of the process-wide memory pool; 0 until the first allocation.
+// Handle of the process-wide memory pool; 0 until the first allocation,
+// which makes it once, whatever the number of threads allocating then.
 using LX_MemPool = uintptr_t;
-extern LX_MemPool LX_MemHandle;
+extern std::atomic<LX_MemPool> LX_MemHandle;
 
 // The pool: blocks of size bytes, aligned to 8, tagged with the source
 // place of the call. LX_Mem_Alloc gives null when memory is exhausted (or
@@ -22,7 +24,8 @@ void LX_Mem_Free(LX_MemPool handle, void *block, const char *file, int line);
 // Allocation through LX_MemHandle, creating it at the first use.
 void *LX_Mem_AllocHere(size_t size, const char *file, int line);
 #define LX_MEM_ALLOC(size) LX_Mem_AllocHere((size), __FILE__, __LINE__)
-#define LX_MEM_FREE(block) LX_Mem_Free(LX_MemHandle, (block), __FILE__, __LINE__)
+#define LX_MEM_FREE(block) \
+    LX_Mem_Free(LX_MemHandle.load(std::memory_order_acquire), (block), __FILE__, __LINE__)
 
 // Test hook: make the allocation that comes failAfter allocations from now
 // fail (0 = the next one); a negative value switches failures off.

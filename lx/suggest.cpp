@@ -195,6 +195,7 @@ void Suggester::space_behind_punctuation() {
     const uchar *w = reinterpret_cast<const uchar *>(word);
     int32_t len = 0, punct = 0, at = -1;
     for (; w[len] != 0; ++len) {
+        if (len + 1 >= LX_MAX_WORD_SZ) return; // too long for a space more, whatever its length
         if (lx_class(w[len]) & LX_CC_PUNCT) {
             ++punct;
             at = len;
@@ -275,6 +276,7 @@ extern "C" LX_API int32_t LX_Suggest(const char *word, int32_t depth, LX_Lexicon
     LX_ASSERT(word != NULL);
     LX_ASSERT(lexicons != NULL);
     LX_ASSERT(set != NULL);
+    LX_ASSERT(set->entries != NULL);
     Suggester s{};
     s.word = word;
     s.lexicons = lexicons;

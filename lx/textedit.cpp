@@ -9,9 +9,10 @@ extern "C" LX_API int32_t LX_DelText(char *text, int32_t cursor, int32_t count) 
     LX_ASSERT(text != NULL);
     LX_ASSERT(cursor >= 0);
     LX_ASSERT(count >= 0);
-    int32_t rest = static_cast<int32_t>(std::strlen(text)) - cursor;
-    if (count > rest) count = rest;
-    std::memmove(text + cursor, text + cursor + count, static_cast<size_t>(rest - count) + 1);
+    // The text may be longer than a 32-bit length counts.
+    const size_t rest = std::strlen(text) - static_cast<size_t>(cursor);
+    if (static_cast<size_t>(count) > rest) count = static_cast<int32_t>(rest);
+    std::memmove(text + cursor, text + cursor + count, rest - static_cast<size_t>(count) + 1);
     return count;
 }
 

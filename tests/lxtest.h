@@ -9,6 +9,9 @@
 #include <string>
 #include <vector>
 
+#include <sys/mman.h>
+#include <unistd.h>
+
 #include <gtest/gtest.h>
 
 #include "lxengine.h"
@@ -76,6 +79,43 @@ struct Set {
             out += (i ? " " : "") + std::string(set.entries[i].word) + ":" + std::to_string(set.entries[i].score);
         return out;
     }
+};
+
+// A read-only text of gigabytes in address space only: `copies` times the
+// same chunk of memory (its size a multiple of the page size), then `tail`
+// and the terminator. Every copy maps the same pages, so the text costs
+// the memory of one chunk. text is null if the system refused a mapping.
+struct MappedText {
+    char *text = nullptr;
+    size_t size = 0; // the length of the text
+    size_t mapped = 0;
+    MappedText(const std::string &chunk, size_t copies, const std::string &tail) {
+        const size_t page = static_cast<size_t>(sysconf(_SC_PAGESIZE));
+        const size_t tailMap = (tail.size() / page + 1) * page;
+        mapped = chunk.size() * copies + tailMap;
+        void *base = mmap(nullptr, mapped, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+        if (base == MAP_FAILED) return;
+        char *at = static_cast<char *>(base);
+        const int fd = memfd_create("lxtext", 0);
+        bool ok = fd >= 0 && chunk.size() % page == 0 &&
+                  write(fd, chunk.data(), chunk.size()) == static_cast<ssize_t>(chunk.size());
+        for (size_t k = 0; ok && k < copies; ++k, at += chunk.size())
+            ok = mmap(at, chunk.size(), PROT_READ, MAP_SHARED | MAP_FIXED, fd, 0) != MAP_FAILED;
+        if (fd >= 0) close(fd);
+        ok = ok && mmap(at, tailMap, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_FIXED, -1, 0) != MAP_FAILED;
+        if (!ok) {
+            munmap(base, mapped);
+            return;
+        }
+        std::memcpy(at, tail.c_str(), tail.size() + 1);
+        text = static_cast<char *>(base);
+        size = chunk.size() * copies + tail.size();
+    }
+    ~MappedText() {
+        if (text) munmap(text, mapped);
+    }
+    MappedText(const MappedText &) = delete;
+    MappedText &operator=(const MappedText &) = delete;
 };
 
 #endif

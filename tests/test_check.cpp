@@ -1,6 +1,8 @@
 // Check driver: the walk over a text, the repeated-word test, narrowing of
 // reports on compounds, buffer limits, single-word mode and the host's
 // whole check-and-edit loop.
+#include <functional>
+
 #include "lxtest.h"
 
 constexpr uint32_t CS = LX_OPT_CHECK_SPELLING, ACC = LX_OPT_ACCENTED_CAPITALS, REP = LX_OPT_REPORT_REPEATED;
@@ -33,6 +35,8 @@ TEST(CheckText, WalksToTheFirstReport) {
         {"The the", r, 0, 128, 4, "the"}, {"The the", r | LX_OPT_CASE_SENSITIVE, 0, 64, 4, "the"},
         {"the <b>the", r | LX_OPT_MARKUP, 0, 64, 7, "the"}, {"xyz xyz", r, 0, 1, 0, "xyz"},
         {"xyz xyz", r, 4, 129, 4, "xyz"}, {"THE THE", r | LX_OPT_IGNORE_ALL_CAPITALS, 0, 64, 4, "THE"},
+        // In text mode a negative cursor finds nothing.
+        {"the cat", r, -3, 64, -3, "unwritten"}, {"the cat", r, INT32_MIN, 64, -3, "unwritten"},
         // A report on a compound narrows to the piece at fault, in
         // single-word mode too.
         {"well-knwon", hy, 0, 1, 5, "knwon"}, {"wll-knwon the", hy, 0, 1, 0, "wll"},
@@ -118,10 +122,66 @@ TEST(CheckText, HostLoopAppliesChanges) {
     EXPECT_EQ("stae@8 end@18 ", misspelled);
 }
 
-TEST(CheckTextDeathTest, NullArguments) {
-    int32_t cursor = 0;
+// A text longer than a 32-bit offset reaches is walked up to offset
+// INT32_MAX, which counts as its end. The text, of 2 GiB and a little, is
+// one megabyte of memory mapped again and again; the word "abcdefg" stands
+// across the limit, its 'c' at INT32_MAX.
+TEST(CheckText, WalkEndsAtTheLimitOfTheCursor) {
+    const size_t mb = size_t{1} << 20;
+    std::string chunk, tail;
+    while (chunk.size() < mb) chunk += "the cat ";
+    while (tail.size() < mb - 16) tail += "the cat ";
+    tail += "then he sat: abcdefg end";
+    MappedText big(chunk, 2047, tail);
+    ASSERT_NE(nullptr, big.text) << "no room in the address space";
+    const char *text = big.text;
+    const int32_t sat = INT32_MAX - 7, ab = INT32_MAX - 2;
+    ASSERT_EQ(0, std::memcmp(text + sat, "sat: abc", 8));
+
+    EXPECT_EQ(ab, LX_NextTextWord(text, sat, 0));
+    EXPECT_EQ(LX_ERR_NOT_FOUND, LX_NextTextWord(text, ab, 0));
+    EXPECT_EQ(LX_ERR_NOT_FOUND, LX_NextTextWord(text, INT32_MAX, 0));
+    MemLex lex{"sat"};
+    LexList list{&lex.lex};
+    const uint32_t o = CS | ACC;
+    static const struct { int32_t from; uint32_t options; int32_t wordSz, result, cursor; const char *word; } cases[] = {
+        {sat, o, LX_MAX_WORD_SZ, 1, ab, "ab"},          {sat, o, 200, 1, ab, "ab"},
+        {sat, ACC, LX_MAX_WORD_SZ, 64, ab, "ab"},       {sat, o | REP | LX_OPT_MARKUP, 200, 1, ab, "ab"},
+        {ab + 1, o, LX_MAX_WORD_SZ, 1, ab + 1, "b"},    {INT32_MAX, o, LX_MAX_WORD_SZ, 64, -3, "unwritten"},
+        {sat - 8, o | LX_OPT_IGNORE_ADDRESSES, 200, 1, sat - 8, "then"},
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(std::to_string(c.from) + " " + std::to_string(c.options));
+        const Report got = check(text, list, c.options, c.from, c.wordSz);
+        EXPECT_EQ(c.result, got.result);
+        EXPECT_EQ(c.cursor, got.cursor);
+        EXPECT_EQ(c.word, got.word);
+    }
+}
+
+// Programmer errors stop the process with the tested expression.
+TEST(CheckTextDeathTest, ProgrammerErrors) {
+    MemLex lex{"cat"};
+    LexList list{&lex.lex};
+    int32_t cursor = 0, negative = -1;
     char word[LX_MAX_WORD_SZ];
-    EXPECT_DEATH(LX_CheckText(nullptr, LexList{}, 0, &cursor, word, sizeof word, nullptr, 0), "text != NULL");
+    const char *text = "the cat";
+    SuggEntry entries[4];
+    SuggSet set{entries, 0, 4}, noEntries{nullptr, 0, 4};
+    const uint32_t one = CS | LX_OPT_SINGLE_WORD;
+    const struct { const char *expression; std::function<void()> call; } cases[] = {
+        {"text != NULL", [&] { LX_CheckText(nullptr, list, CS, &cursor, word, sizeof word, nullptr, 0); }},
+        {"lexicons != NULL", [&] { LX_CheckText(text, nullptr, CS, &cursor, word, sizeof word, nullptr, 0); }},
+        {"cursor != NULL", [&] { LX_CheckText(text, list, CS, nullptr, word, sizeof word, nullptr, 0); }},
+        {"word != NULL", [&] { LX_CheckText(text, list, CS, &cursor, nullptr, 0, nullptr, 0); }},
+        // In single-word mode a negative cursor would read before the text.
+        {"\\*cursor >= 0", [&] { LX_CheckText(text, list, one, &negative, word, sizeof word, nullptr, 0); }},
+        {"word != NULL", [&] { LX_Suggest(nullptr, 10, list, CS, &set); }},
+        {"lexicons != NULL", [&] { LX_Suggest("cot", 10, nullptr, CS, &set); }},
+        {"set != NULL", [&] { LX_Suggest("cot", 10, list, CS, nullptr); }},
+        {"set->entries != NULL", [&] { LX_Suggest("cot", 100, list, CS | LX_OPT_SUGGEST_TYPOGRAPHIC, &noEntries); }},
+    };
+    for (const auto &c : cases) EXPECT_DEATH(c.call(), c.expression) << c.expression;
 }
 
 TEST(TextEdit, DeleteAndInsert) {

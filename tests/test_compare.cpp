@@ -76,6 +76,21 @@ TEST(Compare, AnyBytesStayInRange) {
         }
 }
 
+// The sums of a long comparison don't overflow: the typographic score of
+// words of 50 million characters is what it is for short ones.
+TEST(Compare, LongWordsKeepTheirScore) {
+    const size_t n = 50'000'000;
+    std::string a(n, 'a'), ab(n, 'a');
+    for (size_t i = 1; i < n; i += 2) ab[i] = 'b';
+    // "abab..." against "bab...b": swapped pairs of a vowel and a consonant.
+    const struct { const char *a, *b; int score; } kCases[] = {
+        {a.c_str(), a.c_str(), 100}, {ab.c_str(), ab.c_str() + 1, 60},
+        {a.c_str(), "a", 50}, // a run of characters left over
+    };
+    for (const auto &c : kCases)
+        EXPECT_EQ(c.score, LX_Compare_Typographic(c.a, c.b)) << std::string(c.a, 4) << "...";
+}
+
 TEST(PhoneticKey, Keys) {
     static const std::pair<const char *, const char *> kCases[] = {
         {"knight", "NKHT"}, {"write", "RT"}, {"what", "HT"}, {"phone", "FN"}, {"church", "KHRKH"},

@@ -66,16 +66,36 @@ TEST(DmtLex, RefusesWordsItCannotStore) {
         {"two words", ig, nullptr}, {"caf\xE9", ig, nullptr}, {"", ig, nullptr}, {eighty, ig, nullptr},
         {"a\tb", ig, "contains invalid character (0x9)"}, {"a\x80", ig, "contains invalid character (0x80)"},
         {"a\xA0", ig, "contains invalid character (0xa0)"}, {eightyOne, ig, "is longer than 80 characters"},
+        {eightyOne + "\t", ig, "is longer than 80 characters"},
         {"word", 0, "has invalid action (0)"}, {"word", -5, "has invalid action (-5)"},
+        // The image keeps an action in one byte.
+        {"word", 255, nullptr}, {"word", 256, "has invalid action (256)"}, {"word", 32767, "has invalid action (32767)"},
     };
     for (const auto &c : cases) {
         const int32_t r = LX_Lexicon_AddWord(&lex.lex, c.word.c_str(), c.action, nullptr);
         EXPECT_EQ(c.problem ? LX_ERR_INVALID_WORD : 0, r) << c.word;
         if (c.problem) {
-            EXPECT_EQ("AddWord: " + c.word + " " + c.problem, LX_Diag_GetLastMsg());
+            // A word too long shows its first 80 characters.
+            const bool tooLong = c.word.size() > 80;
+            EXPECT_EQ("AddWord: " + c.word.substr(0, tooLong ? 80 : c.word.size()) + (tooLong ? "... " : " ") +
+                          c.problem, LX_Diag_GetLastMsg());
         }
     }
-    EXPECT_EQ(4u, lex.words().size());
+    EXPECT_EQ(5u, lex.words().size());
+    EXPECT_EQ(255, LX_Lexicon_FindWord(&lex.lex, "word", 1, nullptr, 0));
+}
+
+// The length of a word is counted in more than 32 bits: a word of 2^32 + 5
+// characters is too long, not one of 5. The word is the same megabyte of
+// memory mapped 4096 times, and the refusal reads no more than 81 bytes of it.
+TEST(DmtLex, RefusesAWordBeyondThirtyTwoBits) {
+    MappedText huge(std::string(size_t{1} << 20, 'a'), 4096, "aaaaa");
+    ASSERT_NE(nullptr, huge.text) << "no room in the address space";
+    ASSERT_EQ((size_t{1} << 32) + 5, huge.size);
+    MemLex lex;
+    EXPECT_EQ(LX_ERR_INVALID_WORD, LX_Lexicon_AddWord(&lex.lex, huge.text, LX_ACT_IGNORE, nullptr));
+    EXPECT_EQ("AddWord: " + std::string(80, 'a') + "... is longer than 80 characters", LX_Diag_GetLastMsg());
+    EXPECT_EQ(0u, lex.words().size());
 }
 
 TEST(DmtLex, OtherWordIsCutAndClearKeepsTheLexiconOpen) {

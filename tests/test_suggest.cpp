@@ -75,6 +75,9 @@ TEST(Suggest, Examples) {
         // All four are one substitution away; "hat" and "mat" score alike and
         // keep the order in which the pattern search found them.
         {{"bat", "cat", "hat", "mat"}, "fat", 30, CS | TYPO, "cat:70 bat:68 hat:66 mat:66"},
+        // A pattern's find that the comparator finds nothing alike in keeps
+        // the score it gives: 0.
+        {{"x"}, "a", 30, CS | TYPO, "x:0"}, {{"x"}, "a", 100, CS | TYPO, "x:0"},
     };
     for (const auto &c : cases) {
         SCOPED_TRACE(std::string(c.word) + " at depth " + std::to_string(c.depth));
@@ -108,5 +111,3 @@ TEST(Suggest, EarlierEntriesTakeCaseAndLookAlikesGo) {
     // Words excluded by an earlier lexicon go.
     EXPECT_EQ("cot:80", suggest("cit", 100, LexList{&user.lex, &main.lex}, CS | TYPO));
 }
-
-TEST(SuggestDeathTest, NullSet) { EXPECT_DEATH(LX_Suggest("x", 10, LexList{}, 0, nullptr), "set != NULL"); }

@@ -74,3 +74,15 @@ TEST(WordForms, TransferCase) {
                                        << c.keepAccents;
     }
 }
+
+// The caller's word is measured in more than 32 bits: a word of 2^31 + 3
+// characters ending in 's gives a replacement that ending, where a 32-bit
+// length would be negative. The word is one megabyte of memory mapped
+// 2048 times.
+TEST(WordForms, PossessiveOfAWordBeyondThirtyTwoBits) {
+    MappedText huge(std::string(size_t{1} << 20, 'a'), 2048, "a's");
+    ASSERT_NE(nullptr, huge.text) << "no room in the address space";
+    char repl[LX_MAX_WORD_SZ] = "aaa";
+    LX_RestorePossessive(huge.text, S, repl);
+    EXPECT_STREQ("aaa's", repl);
+}
