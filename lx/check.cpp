@@ -439,12 +439,19 @@ int16_t check_word(CheckContext &ctx, const char *word, LX_Lexicon *const *lexic
 int16_t lookup_word(const char *word, LX_Lexicon *const *lexicons, uint32_t options, char *repl,
                     int32_t replSz);
 
+// The memo's place for the verdict on a stretch, or null.
+uint8_t *memo_slot(CheckContext &ctx, uint32_t options, Span span) {
+    if (!ctx.memoReady || !span.known()) return nullptr;
+    auto &table = (options & LX_OPT_SPLIT_RUN_TOGETHER) ? ctx.memo->with : ctx.memo->without;
+    return &table[span.start][span.end];
+}
+
 // The verdict of the chain on a stretch, without a replacement, remembered
 // while the run-together rule is at work.
 int16_t verdict(CheckContext &ctx, const char *text, LX_Lexicon *const *lexicons, uint32_t options, Span span) {
-    if (!ctx.memoReady || !span.known()) return check_word(ctx, text, lexicons, options, nullptr, 0, nullptr, span);
-    auto &table = (options & LX_OPT_SPLIT_RUN_TOGETHER) ? ctx.memo->with : ctx.memo->without;
-    uint8_t &slot = table[span.start][span.end];
+    uint8_t *known = memo_slot(ctx, options, span);
+    if (known == nullptr) return check_word(ctx, text, lexicons, options, nullptr, 0, nullptr, span);
+    uint8_t &slot = *known;
     if (slot == RunMemo::kUnknown)
         slot = static_cast<uint8_t>(check_word(ctx, text, lexicons, options, nullptr, 0, nullptr, span));
     return slot;
@@ -618,9 +625,16 @@ void run_together_rule(CheckContext &ctx, const char *norm, Span span, LX_Lexico
     span = locate(ctx, norm, span);
     const int32_t limit = LX_Str_Len(norm) - 2;
     char piece[LX_MAX_WORD_SZ];
+    const uint32_t pieceOptions = options & ~LX_OPT_SPLIT_RUN_TOGETHER;
     for (int32_t k = 2; k <= limit; ++k) {
-        LX_Str_CopyN(piece, sizeof piece, norm, k);
-        if (verdict(ctx, piece, lexicons, options & ~LX_OPT_SPLIT_RUN_TOGETHER, span.cut(0, k)) != 0) continue;
+        // A verdict the memo knows needs no copy of the piece.
+        const uint8_t *known = memo_slot(ctx, pieceOptions, span.cut(0, k));
+        if (known != nullptr && *known != RunMemo::kUnknown) {
+            if (*known != 0) continue;
+        } else {
+            LX_Str_CopyN(piece, sizeof piece, norm, k);
+            if (verdict(ctx, piece, lexicons, pieceOptions, span.cut(0, k)) != 0) continue;
+        }
         if (verdict(ctx, norm + k, lexicons, options, span.cut(k, span.end - span.start)) != 0) continue;
         result &= ~LX_RES_MISSPELLED;
         break;
