@@ -53,6 +53,7 @@ void stamp_from(const struct stat &st, PortStamp *stamp) {
     stamp->size = st.st_size;
     stamp->device = st.st_dev;
     stamp->inode = st.st_ino;
+    stamp->regular = S_ISREG(st.st_mode);
 }
 
 // Copies at most dstSize - 1 bytes; false if src didn't fit.

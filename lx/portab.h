@@ -95,6 +95,7 @@ struct PortStamp {
     int64_t size;
     uint64_t device;
     uint64_t inode;
+    bool regular; // a plain file, not a folder or a device; not compared
 };
 // The stamp of path, or of an open file. 0, or -1 if it can't be examined
 // (the stamp is then all zeros).
