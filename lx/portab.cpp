@@ -220,7 +220,9 @@ int16_t PORT_LockFile(const char *path) {
     // vanish when any other descriptor of the file in it is closed.
     struct timespec start, now;
     clock_gettime(CLOCK_MONOTONIC, &start);
-    long pauseUs = 200;
+    // Waiting by polling: a short pause, growing to 2 ms, with some jitter
+    // so that waiters don't wake in step.
+    long pauseUs = 100;
     while (flock(fd, LOCK_EX | LOCK_NB) != 0) {
         if (errno != EWOULDBLOCK && errno != EINTR) {
             close(fd);
@@ -232,8 +234,8 @@ int16_t PORT_LockFile(const char *path) {
             close(fd);
             return LX_ERR_FAILED;
         }
-        usleep(static_cast<useconds_t>(pauseUs));
-        if (pauseUs < 5000) pauseUs *= 2;
+        usleep(static_cast<useconds_t>(pauseUs + (now.tv_nsec / 1000) % (pauseUs / 2 + 1)));
+        if (pauseUs < 2000) pauseUs *= 2;
     }
     return static_cast<int16_t>(fd);
 }
