@@ -216,8 +216,9 @@ extern "C" LX_API int32_t LX_DFTLex_Create(LX_Lexicon *lex, const char *fileName
         return LX_ERR_FILE_EXISTS;
     }
     // The lock keeps another process from taking up the new, empty file
-    // before its header is there. Where no lock can be had (a folder that
-    // can't be written), creating the file fails anyway.
+    // before its header is there, and every save is made under it. Where
+    // no lock can be had because the folder can't be written, creating
+    // the file fails first.
     const int16_t token = PORT_LockFile(lex->dft.fileName);
     r = PORT_CreateFile(lex->dft.fileName); // fails if anything is there
     if (r < 0) {
@@ -225,6 +226,11 @@ extern "C" LX_API int32_t LX_DFTLex_Create(LX_Lexicon *lex, const char *fileName
         PORT_UnlockFile(token);
         LX_DMTLex_Close(mem(lex));
         return r;
+    }
+    if (token < 0) {
+        std::remove(lex->dft.fileName);
+        LX_DMTLex_Close(mem(lex));
+        return lock_failed(lex, token);
     }
     r = LX_DFTLex_Save(lex, lex->dft.fileName);
     if (r < 0) {
@@ -448,8 +454,12 @@ int32_t LX_DFTLex_Load(PortFile *file, LX_Lexicon *lex, int16_t merge) {
 
 int32_t LX_DFTLex_Save(LX_Lexicon *lex, const char *path) {
     LX_ASSERT(lex != NULL);
+    // Saves of the lexicon's own file are made under its lock, so the new
+    // version can have a fixed name beside it: a save that dies half-way
+    // leaves one such file, which the next save replaces.
     PortReplace replace;
-    if (PORT_BeginReplace(&replace, path) != 0) {
+    const bool ownFile = LX_Str_Cmp(path, lex->dft.fileName) == 0;
+    if (PORT_BeginReplace(&replace, path, ownFile ? DFTLEX_SAVE_SUFFIX : nullptr) != 0) {
         LX_Diag_Msg("Can't open %s for writing", path);
         return LX_ERR_CANT_CREATE;
     }
@@ -478,7 +488,7 @@ int32_t LX_DFTLex_Save(LX_Lexicon *lex, const char *path) {
         LX_Diag_Msg("%s: file write err", path);
         return LX_ERR_WRITE;
     }
-    if (LX_Str_Cmp(path, lex->dft.fileName) == 0) set_stamp(lex, stamp);
+    if (ownFile) set_stamp(lex, stamp);
     return 0;
 }
 

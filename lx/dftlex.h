@@ -17,6 +17,10 @@ inline constexpr int16_t DFTLEX_LINE_SZ = 80;
 inline constexpr int32_t DFTLEX_WRITE_LINE_SZ = 163;
 inline constexpr int16_t DFTLEX_TOKEN_SZ = 10;
 
+// A save writes the new version of the file under the file's name with
+// this suffix, then renames it over the file.
+inline constexpr char DFTLEX_SAVE_SUFFIX[] = ".lxsave";
+
 // The embedded memory lexicon, as the record the memory routines take.
 // They only touch the dmt member, which is exactly mem's storage.
 inline LX_Lexicon *LX_DFTLex_Mem(LX_Lexicon *lex) { return reinterpret_cast<LX_Lexicon *>(&lex->dft.mem); }

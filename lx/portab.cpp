@@ -293,7 +293,7 @@ int16_t PORT_CreateFile(const char *path) {
     return 0;
 }
 
-int16_t PORT_BeginReplace(PortReplace *replace, const char *path) {
+int16_t PORT_BeginReplace(PortReplace *replace, const char *path, const char *lockedSuffix) {
     replace->file = nullptr;
     replace->tempPath[0] = '\0';
     if (!target_of(path, replace->path, sizeof replace->path)) return LX_ERR_CANT_CREATE;
@@ -316,15 +316,26 @@ int16_t PORT_BeginReplace(PortReplace *replace, const char *path) {
         return LX_ERR_CANT_CREATE;
     }
 
-    char dir[4096], prefix[300];
-    if (!folder_of(replace->path, dir, sizeof dir)) return LX_ERR_CANT_CREATE;
-    const char *slash = std::strrchr(replace->path, '/');
-    std::snprintf(prefix, sizeof prefix, "%.200s.", slash ? slash + 1 : replace->path);
-    for (int attempt = 0; attempt < 10; ++attempt) {
-        if (!make_temp_name(dir, prefix, ".tmp", replace->tempPath, sizeof replace->tempPath))
+    const mode_t createMode = hadOld ? 0600 : 0666;
+    if (lockedSuffix != nullptr) {
+        int n = std::snprintf(replace->tempPath, sizeof replace->tempPath, "%s%s", replace->path, lockedSuffix);
+        if (n < 0 || static_cast<size_t>(n) >= sizeof replace->tempPath) {
+            replace->tempPath[0] = '\0';
             return LX_ERR_CANT_CREATE;
-        fd = open(replace->tempPath, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, hadOld ? 0600 : 0666);
-        if (fd >= 0 || errno != EEXIST) break;
+        }
+        unlink(replace->tempPath); // left by a writer that died; a link is removed, not followed
+        fd = open(replace->tempPath, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, createMode);
+    } else {
+        char dir[4096], prefix[300];
+        if (!folder_of(replace->path, dir, sizeof dir)) return LX_ERR_CANT_CREATE;
+        const char *slash = std::strrchr(replace->path, '/');
+        std::snprintf(prefix, sizeof prefix, "%.200s.", slash ? slash + 1 : replace->path);
+        for (int attempt = 0; attempt < 10; ++attempt) {
+            if (!make_temp_name(dir, prefix, ".tmp", replace->tempPath, sizeof replace->tempPath))
+                return LX_ERR_CANT_CREATE;
+            fd = open(replace->tempPath, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, createMode);
+            if (fd >= 0 || errno != EEXIST) break;
+        }
     }
     if (fd < 0) {
         replace->tempPath[0] = '\0';

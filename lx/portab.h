@@ -121,8 +121,15 @@ struct PortReplace {
     char path[4096];     // the file to be replaced
     char tempPath[4096]; // the new version until it takes path's place
 };
+//
+// With lockedSuffix null, the new file gets a name of its own
+// (PORT_TempName), and a writer that dies before the end leaves it behind.
+// A caller that holds the lock of path (PORT_LockFile), so that no other
+// writer replaces the same file meanwhile, passes a suffix instead: the new
+// file is then path + lockedSuffix, and one that a dead writer has left
+// there is replaced, so that crashes never leave more than one.
 // 0, or LX_ERR_CANT_CREATE.
-int16_t PORT_BeginReplace(PortReplace *replace, const char *path);
+int16_t PORT_BeginReplace(PortReplace *replace, const char *path, const char *lockedSuffix = nullptr);
 // 0, with the new file's stamp in stamp (if not null); or LX_ERR_WRITE if
 // the new contents couldn't be written whole or put in place, and the old
 // file stays.

@@ -145,6 +145,20 @@ TEST(Portab, ReplaceIsWholeOrNothing) {
     EXPECT_TRUE(std::filesystem::is_symlink(dir / "link"));
     EXPECT_EQ("via link\r\n", read_bytes(path));
 
+    // Under a lock the new version has a fixed name; one left by a writer
+    // that died is replaced, and a link there is not followed.
+    write_bytes(path + ".new", "stale");
+    ASSERT_EQ(0, PORT_BeginReplace(&r, path.c_str(), ".new"));
+    EXPECT_EQ(path + ".new", std::string(r.tempPath));
+    PORT_WriteLine(r.file, "locked");
+    ASSERT_EQ(0, PORT_CommitReplace(&r, nullptr));
+    EXPECT_EQ("locked\r\n", read_bytes(path));
+    ASSERT_EQ(0, symlink((dir / "victim").c_str(), (path + ".new").c_str()));
+    ASSERT_EQ(0, PORT_BeginReplace(&r, path.c_str(), ".new"));
+    PORT_AbortReplace(&r);
+    EXPECT_FALSE(std::filesystem::exists(dir / "victim"));
+    EXPECT_FALSE(std::filesystem::exists(path + ".new"));
+
     // A folder at the path, or a missing folder, can't be replaced.
     EXPECT_EQ(LX_ERR_CANT_CREATE, PORT_BeginReplace(&r, dir.path.c_str()));
     EXPECT_EQ(LX_ERR_CANT_CREATE, PORT_BeginReplace(&r, (dir / "no/such").c_str()));
