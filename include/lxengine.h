@@ -244,7 +244,8 @@ LX_API int32_t LX_DMTLex_Create(LX_Lexicon *lex, int32_t initialCapacity, int16_
  * caller sets lex->kind to LEX_DFT. Asserts lex and fileName non-null.
  * Returns 0 (message "%s created"), LX_ERR_FILE_EXISTS if anything is at
  * fileName already (left untouched), LX_ERR_CANT_CREATE if the file can't
- * be made, LX_ERR_WRITE if the header can't be written, or
+ * be made, LX_ERR_WRITE or LX_ERR_CANT_CREATE if the header can't be
+ * written, or
  * LX_ERR_NO_MEMORY; on failure the record isn't open and no file is left.
  *
  * A disk lexicon holds the whole file in memory: lookups and suggestions
@@ -260,10 +261,14 @@ LX_API int32_t LX_DMTLex_Create(LX_Lexicon *lex, int32_t initialCapacity, int16_
  * longer than 79 bytes, a word beginning with '#', a line end in the other
  * word, an action that isn't a single byte. An external lexicon (a file
  * without header line: a plain word list, one word a line) takes only
- * words with LX_ACT_IGNORE (LX_ERR_UNSUPPORTED otherwise). A lock that
- * can't be had within 10 seconds gives LX_ERR_WRITE, and so does a save
- * that fails; the lexicon and the file are then as before the call.
- * LX_Lexicon_Close leaves the file as it is. */
+ * words with LX_ACT_IGNORE (LX_ERR_UNSUPPORTED otherwise). A change that
+ * fails leaves the file as it was and the word as it was in memory: with
+ * LX_ERR_WRITE if the lock can't be had within 10 seconds, with the code of
+ * the failure if the changed file can't be opened or read, and with
+ * LX_ERR_CANT_CREATE (the file or its folder can't be written) or
+ * LX_ERR_WRITE (a write failed) if the save fails. LX_Lexicon_Clear empties
+ * memory even when its save fails. LX_Lexicon_Close leaves the file as it
+ * is. Create also returns LX_ERR_WRITE if the lock can't be had. */
 LX_API int32_t LX_DFTLex_Create(LX_Lexicon *lex, const char *fileName, int16_t lang);
 
 /* LX_DFTLex_Open: makes lex a disk lexicon holding the words of the file
