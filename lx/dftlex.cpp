@@ -215,27 +215,29 @@ extern "C" LX_API int32_t LX_DFTLex_Create(LX_Lexicon *lex, const char *fileName
         LX_DMTLex_Close(mem(lex));
         return LX_ERR_FILE_EXISTS;
     }
-    // The lock keeps another process from taking up the new, empty file
-    // before its header is there, and every save is made under it. Where
-    // no lock can be had because the folder can't be written, creating
-    // the file fails first.
-    const int16_t token = PORT_LockFile(lex->dft.fileName);
     r = PORT_CreateFile(lex->dft.fileName); // fails if anything is there
     if (r < 0) {
         LX_Diag_Msg("%s already exists", lex->dft.fileName);
-        PORT_UnlockFile(token);
         LX_DMTLex_Close(mem(lex));
         return r;
     }
-    if (token < 0) {
-        std::remove(lex->dft.fileName);
+    // The new file is empty; its header is written under the lock, as every
+    // save is. Should another process have taken the empty file up and
+    // written to it in the meantime, the file is that process's now.
+    const int16_t token = PORT_LockFile(lex->dft.fileName);
+    PortStamp stamp;
+    const bool written = PORT_FileStamp(lex->dft.fileName, &stamp) == 0 && stamp.size != 0;
+    if (token < 0 || written) {
+        if (!written) std::remove(lex->dft.fileName);
+        PORT_UnlockFile(token);
         LX_DMTLex_Close(mem(lex));
-        return lock_failed(lex, token);
+        if (token < 0) return lock_failed(lex, token);
+        LX_Diag_Msg("%s already exists", lex->dft.fileName);
+        return LX_ERR_FILE_EXISTS;
     }
     r = LX_DFTLex_Save(lex, lex->dft.fileName);
     if (r < 0) {
         // Take the empty file away again, unless someone has written to it.
-        PortStamp stamp;
         if (PORT_FileStamp(lex->dft.fileName, &stamp) == 0 && stamp.size == 0) std::remove(lex->dft.fileName);
         PORT_UnlockFile(token);
         LX_DMTLex_Close(mem(lex));

@@ -71,9 +71,19 @@ TEST(DftLex, CreateWritesTheHeaderAndRefusesWhatExists) {
     EXPECT_EQ(path + " already exists", last_msg());
     EXPECT_EQ("#LID 24941\r\n", read_bytes(path));
     EXPECT_EQ(LX_ERR_FILE_EXISTS, again.create(dir.path));
+    EXPECT_FALSE(std::filesystem::exists(dir.path + ".lock")); // nothing is left beside what stands there
     EXPECT_EQ(LX_ERR_CANT_CREATE, again.create(dir / "no/such.dic"));
     EXPECT_EQ(dir / "no/such.dic" + " already exists", last_msg());
     EXPECT_EQ(0u, again.lex.dft.magic);
+
+    // The header is written under the lock; without it, no file is made.
+    const int32_t oldWait = PORT_SetLockWait(30);
+    const int16_t token = PORT_LockFile((dir / "locked.dic").c_str());
+    EXPECT_EQ(LX_ERR_WRITE, again.create(dir / "locked.dic"));
+    EXPECT_EQ("Can't lock " + dir / "locked.dic" + " (-1)", last_msg());
+    EXPECT_FALSE(std::filesystem::exists(dir / "locked.dic"));
+    PORT_UnlockFile(token);
+    PORT_SetLockWait(oldWait);
 
     // A long path is cut to 515 bytes in the record.
     DiskLex longName;
