@@ -147,11 +147,29 @@ typedef struct LX_DMTLex {
     void *index;       /* private lookup cache of the engine */
 } LX_DMTLex;
 
+/* Member dft: a lexicon kept in a text file. All its entries are held in
+ * mem, sorted, with the file's language in mem.lang; every change is
+ * written through to the file before the call returns. The stamp (fileTime
+ * and the three fields behind external) is that of the version of the file
+ * last read or written: a file with another stamp was changed by someone
+ * else, and its words are taken up before the next change. */
+typedef struct LX_DFTLex {
+    uint32_t magic;       /* 0x201C7E96 while open */
+    LX_DMTLex mem;        /* the words of the file */
+    int32_t fileTime;     /* modification time of the file, in seconds */
+    char fileName[516];   /* the file's path, cut to 515 bytes, terminated */
+    int16_t external;     /* set: the file is a plain word list without header */
+    int32_t fileTimeNsec; /* private: nanoseconds of the modification time */
+    int64_t fileSize;     /* private: size of the file in bytes */
+    uint64_t fileId;      /* private: identity (inode) of the file */
+} LX_DFTLex;
+
 /* The record of every lexicon. The host provides it and sets kind; the
  * creating call fills the member of that kind. */
 typedef struct LX_Lexicon {
     union {
         LX_DMTLex dmt; /* LEX_DMT */
+        LX_DFTLex dft; /* LEX_DFT */
     };
     int32_t kind; /* LEX_DMT, ...; 0 for none */
 } LX_Lexicon;
@@ -247,6 +265,53 @@ LX_API int32_t LX_Suggest(const char *word, int32_t depth, LX_Lexicon *const *le
  * initialCapacity entries and the language lang. The caller sets
  * lex->kind to LEX_DMT. Returns 0 or LX_ERR_NO_MEMORY. */
 LX_API int32_t LX_DMTLex_Create(LX_Lexicon *lex, int32_t initialCapacity, int16_t lang);
+
+/* LX_DFTLex_Create: makes lex an empty disk lexicon in a new file at
+ * fileName (cut to 515 bytes), whose header line records the language
+ * lang: "#LID", a blank and lang as a decimal number, then CR LF. The
+ * caller sets lex->kind to LEX_DFT. Asserts lex and fileName non-null.
+ * Returns 0 (message "%s created"), LX_ERR_FILE_EXISTS if anything is at
+ * fileName already (left untouched), LX_ERR_CANT_CREATE if the file can't
+ * be made, LX_ERR_WRITE or LX_ERR_CANT_CREATE if the header can't be
+ * written, or
+ * LX_ERR_NO_MEMORY; on failure the record isn't open and no file is left.
+ *
+ * A disk lexicon holds the whole file in memory: lookups and suggestions
+ * never touch the disk. Every LX_Lexicon_AddWord, LX_Lexicon_DelWord and
+ * LX_Lexicon_Clear rewrites the file whole before it returns, replacing it
+ * in one step, so that a crash or a full disk leaves the old file or the
+ * new one. Before an addition or a deletion the lexicon takes a lock that
+ * excludes other processes (on the companion file fileName + ".lock") and
+ * takes up the words that another process has written to the file since;
+ * a deleted word that the other process still had comes back that way.
+ * LX_Lexicon_AddWord refuses (LX_ERR_INVALID_WORD) an entry that the file
+ * couldn't give back whole: a line (word, TAB, action letter, other word)
+ * longer than 79 bytes, a word beginning with '#', a line end in the other
+ * word, an action that isn't a single byte. An external lexicon (a file
+ * without header line: a plain word list, one word a line) takes only
+ * words with LX_ACT_IGNORE (LX_ERR_UNSUPPORTED otherwise). A change that
+ * fails leaves the file as it was and the word as it was in memory: with
+ * LX_ERR_WRITE if the lock can't be had within 10 seconds, with the code of
+ * the failure if the changed file can't be opened or read, and with
+ * LX_ERR_CANT_CREATE (the file or its folder can't be written) or
+ * LX_ERR_WRITE (a write failed) if the save fails. LX_Lexicon_Clear empties
+ * memory even when its save fails. LX_Lexicon_Close leaves the file as it
+ * is. Create also returns LX_ERR_WRITE if the lock can't be had. */
+LX_API int32_t LX_DFTLex_Create(LX_Lexicon *lex, const char *fileName, int16_t lang);
+
+/* LX_DFTLex_Open: makes lex a disk lexicon holding the words of the file
+ * at fileName (cut to 515 bytes); see LX_DFTLex_Create. A file whose first
+ * line doesn't begin with '#' is external, with the language LX_LANG_NONE.
+ * In the file, a line "word", "word<TAB>" or "word<TAB><action>[other
+ * word]" is an entry (the first two with LX_ACT_IGNORE), a later line
+ * beginning with '#' a comment; empty lines are passed over; a line of
+ * more than 79 bytes is read as several; a last line without CR LF isn't
+ * read. The caller sets lex->kind to LEX_DFT. Asserts lex and fileName
+ * non-null. Returns 0, LX_ERR_FILE_OPEN if the file can't be opened,
+ * LX_ERR_INVALID_WORD if a line's word holds a control byte or a byte
+ * without a class (message "Can't load %s"), or LX_ERR_NO_MEMORY; on
+ * failure the record isn't open. */
+LX_API int32_t LX_DFTLex_Open(LX_Lexicon *lex, const char *fileName);
 
 /* LX_Lexicon_AddWord: stores word with action and otherWord (the
  * replacement of a change action, or null); a word stored already gets the

@@ -7,6 +7,7 @@
 #include "lexicon.h"
 
 #include "chartab.h"
+#include "dftlex.h"
 #include "dmtlex.h"
 
 extern "C" LX_API int32_t LX_Lexicon_AddWord(LX_Lexicon *lex, const char *word, int16_t action,
@@ -14,6 +15,7 @@ extern "C" LX_API int32_t LX_Lexicon_AddWord(LX_Lexicon *lex, const char *word, 
     LX_ASSERT(lex != NULL);
     switch (lex->kind) {
     case LEX_DMT: return LX_DMTLex_AddWord(lex, word, action, otherWord);
+    case LEX_DFT: return LX_DFTLex_AddWord(lex, word, action, otherWord);
     default: return LX_ERR_UNSUPPORTED;
     }
 }
@@ -22,6 +24,7 @@ extern "C" LX_API int32_t LX_Lexicon_DelWord(LX_Lexicon *lex, const char *word) 
     LX_ASSERT(lex != NULL);
     switch (lex->kind) {
     case LEX_DMT: return LX_DMTLex_DelWord(lex, word);
+    case LEX_DFT: return LX_DFTLex_DelWord(lex, word);
     default: return LX_ERR_UNSUPPORTED;
     }
 }
@@ -30,6 +33,7 @@ extern "C" LX_API int32_t LX_Lexicon_Clear(LX_Lexicon *lex) {
     LX_ASSERT(lex != NULL);
     switch (lex->kind) {
     case LEX_DMT: return LX_DMTLex_Clear(lex);
+    case LEX_DFT: return LX_DFTLex_Clear(lex);
     default: return LX_ERR_UNSUPPORTED;
     }
 }
@@ -38,6 +42,7 @@ extern "C" LX_API int32_t LX_Lexicon_Close(LX_Lexicon *lex) {
     LX_ASSERT(lex != NULL);
     switch (lex->kind) {
     case LEX_DMT: return LX_DMTLex_Close(lex);
+    case LEX_DFT: return LX_DFTLex_Close(lex);
     default: return LX_ERR_UNSUPPORTED;
     }
 }
@@ -47,6 +52,7 @@ int16_t LX_Lexicon_FindWord(LX_Lexicon *lex, const char *word, int16_t caseSensi
     LX_ASSERT(lex != NULL);
     switch (lex->kind) {
     case LEX_DMT: return LX_DMTLex_FindWord(lex, word, caseSensitive, otherWord, otherWordSize);
+    case LEX_DFT: return LX_DFTLex_FindWord(lex, word, caseSensitive, otherWord, otherWordSize);
     default: return LX_ERR_UNSUPPORTED;
     }
 }
@@ -55,6 +61,7 @@ extern "C" LX_API int32_t LX_Lexicon_GetImage(LX_Lexicon *lex, char *bfr, int32_
     LX_ASSERT(lex != NULL);
     switch (lex->kind) {
     case LEX_DMT: return LX_DMTLex_GetImage(lex, bfr, bfrSize);
+    case LEX_DFT: return LX_DFTLex_GetImage(lex, bfr, bfrSize);
     default: return LX_ERR_UNSUPPORTED;
     }
 }
@@ -63,6 +70,7 @@ extern "C" LX_API int32_t LX_Lexicon_Size(LX_Lexicon *lex) {
     LX_ASSERT(lex != NULL);
     switch (lex->kind) {
     case LEX_DMT: return LX_DMTLex_Size(lex);
+    case LEX_DFT: return LX_DFTLex_Size(lex);
     default: return LX_ERR_UNSUPPORTED;
     }
 }
@@ -72,6 +80,7 @@ int32_t LX_Lexicon_FindPattern(LX_Lexicon *lex, const char *pattern, int16_t cas
     LX_ASSERT(lex != NULL);
     switch (lex->kind) {
     case LEX_DMT: return LX_DMTLex_FindPattern(lex, pattern, caseSensitive, matches);
+    case LEX_DFT: return LX_DFTLex_FindPattern(lex, pattern, caseSensitive, matches);
     default: return LX_ERR_UNSUPPORTED;
     }
 }
@@ -81,6 +90,7 @@ int32_t LX_Lexicon_FindSimilar(LX_Lexicon *lex, const char *word, int32_t depth,
     LX_ASSERT(lex != NULL);
     switch (lex->kind) {
     case LEX_DMT: return LX_DMTLex_FindSimilar(lex, word, depth, wordComparatorCb, suggestions);
+    case LEX_DFT: return LX_DFTLex_FindSimilar(lex, word, depth, wordComparatorCb, suggestions);
     default: return LX_ERR_UNSUPPORTED;
     }
 }
@@ -90,6 +100,7 @@ int32_t LX_Lexicon_ForEachBaseForm(LX_Lexicon *lex, const char *word, LX_BaseFor
     LX_ASSERT(lex != NULL);
     switch (lex->kind) {
     case LEX_DMT: return LX_DMTLex_ForEachBaseForm(lex, word, visit, ctx);
+    case LEX_DFT: return LX_DFTLex_ForEachBaseForm(lex, word, visit, ctx);
     default: return LX_ERR_UNSUPPORTED;
     }
 }
