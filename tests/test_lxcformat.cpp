@@ -5,6 +5,7 @@
 #include <map>
 #include <memory>
 #include <random>
+#include <sstream>
 
 #include "api.h"
 #include "lxcformat.h"
@@ -17,12 +18,8 @@ using Bytes = std::vector<uchar>;
 
 Bytes bytes(const std::string &hexText) {
     Bytes out;
-    for (size_t i = 0; i + 1 < hexText.size() + 1;) {
-        while (i < hexText.size() && hexText[i] == ' ') ++i;
-        if (i >= hexText.size()) break;
-        out.push_back(static_cast<uchar>(std::stoul(hexText.substr(i, 2), nullptr, 16)));
-        i += 2;
-    }
+    std::istringstream in(hexText);
+    for (unsigned value; in >> std::hex >> value;) out.push_back(static_cast<uchar>(value));
     return out;
 }
 
@@ -342,15 +339,7 @@ TEST(LxcFormat, RandomWordListsRoundTrip) {
 
 TEST(LxcFormat, DamagedRecordsEndThePass) {
     const std::string x77(LXC_MAX_TAIL_LEN, 'x');
-    auto literals = [](const std::string &s) {
-        std::string out;
-        char buf[4];
-        for (char c : s) {
-            std::snprintf(buf, sizeof buf, " %02X", lx_byte(c));
-            out += buf;
-        }
-        return out;
-    };
+    auto literals = [](const std::string &s) { return " " + hex(Bytes(s.begin(), s.end())); };
     const Tables t{Table({"ed", "s", std::string(100, 'y')}), Table({"ing"})};
     static const std::string kWalk = "00 6B 00 ";
     const struct { std::string records, words; int16_t status; } kCases[] = {
