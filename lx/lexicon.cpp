@@ -8,6 +8,7 @@
 
 #include "chartab.h"
 #include "dmtlex.h"
+#include "fclex.h"
 
 extern "C" LX_API int32_t LX_Lexicon_AddWord(LX_Lexicon *lex, const char *word, int16_t action,
                                              const char *otherWord) {
@@ -38,6 +39,7 @@ extern "C" LX_API int32_t LX_Lexicon_Close(LX_Lexicon *lex) {
     LX_ASSERT(lex != NULL);
     switch (lex->kind) {
     case LEX_DMT: return LX_DMTLex_Close(lex);
+    case LEX_FC: return LX_FCLex_Close(lex);
     default: return LX_ERR_UNSUPPORTED;
     }
 }
@@ -47,6 +49,7 @@ int16_t LX_Lexicon_FindWord(LX_Lexicon *lex, const char *word, int16_t caseSensi
     LX_ASSERT(lex != NULL);
     switch (lex->kind) {
     case LEX_DMT: return LX_DMTLex_FindWord(lex, word, caseSensitive, otherWord, otherWordSize);
+    case LEX_FC: return LX_FCLex_FindWord(lex, word, caseSensitive, otherWord, otherWordSize);
     default: return LX_ERR_UNSUPPORTED;
     }
 }
@@ -72,6 +75,7 @@ int32_t LX_Lexicon_FindPattern(LX_Lexicon *lex, const char *pattern, int16_t cas
     LX_ASSERT(lex != NULL);
     switch (lex->kind) {
     case LEX_DMT: return LX_DMTLex_FindPattern(lex, pattern, caseSensitive, matches);
+    case LEX_FC: return LX_FCLex_FindPattern(lex, pattern, caseSensitive, matches);
     default: return LX_ERR_UNSUPPORTED;
     }
 }
@@ -81,6 +85,7 @@ int32_t LX_Lexicon_FindSimilar(LX_Lexicon *lex, const char *word, int32_t depth,
     LX_ASSERT(lex != NULL);
     switch (lex->kind) {
     case LEX_DMT: return LX_DMTLex_FindSimilar(lex, word, depth, wordComparatorCb, suggestions);
+    case LEX_FC: return LX_FCLex_FindSimilar(lex, word, depth, wordComparatorCb, suggestions);
     default: return LX_ERR_UNSUPPORTED;
     }
 }
@@ -99,6 +104,7 @@ int32_t LX_Lexicon_ForEachBaseForm(LX_Lexicon *lex, const char *word, LX_BaseFor
     LX_ASSERT(lex != NULL);
     switch (lex->kind) {
     case LEX_DMT: return LX_DMTLex_ForEachBaseForm(lex, word, visit, ctx);
+    case LEX_FC: return LX_FCLex_ForEachBaseForm(lex, word, visit, ctx);
     default: return LX_ERR_UNSUPPORTED;
     }
 }

@@ -10,6 +10,8 @@
 
 #include <cstring>
 
+#include "chartab.h"
+
 namespace {
 
 constexpr int32_t kTailStart = static_cast<int32_t>(LXC_KEY_SZ);
@@ -95,6 +97,69 @@ int16_t MCLex_DecodeNext(MCDecoder *dec) {
     dec->tailLen = static_cast<int32_t>(out - tail);
     dec->pos = p;
     return 1;
+}
+
+uint16_t MCLex_Scan(const MCSegment *seg, uint16_t charSize, const MCSuffixTable *simpleSuffixes,
+                    const MCSuffixTable *extSuffixes, const char *keyWord, MCWordCb cb, void *data) {
+    LX_ASSERT(simpleSuffixes != NULL);
+    LX_ASSERT(extSuffixes != NULL);
+    LX_ASSERT(seg != NULL);
+    LX_ASSERT(seg->data != NULL);
+    LX_ASSERT(keyWord != NULL);
+    if (charSize != LXC_CHAR_SIZE || seg->size == 0) return 0;
+    MCDecoder dec;
+    MCLex_DecodeStart(&dec, seg, simpleSuffixes, extSuffixes);
+    if (cb != nullptr) {
+        while (MCLex_DecodeNext(&dec) == 1) {
+            const int32_t r = cb(keyWord, dec.curWord, data);
+            if (r == 0) return 1;
+            if (r < 0) return 0;
+        }
+        return 0;
+    }
+
+    LX_ASSERT_TEXT(keyWord[0] == dec.curWord[0] && keyWord[1] == dec.curWord[1] && keyWord[2] == dec.curWord[2],
+                   "keyWord[0] == curWord[0] && keyWord[1] == curWord[1] && keyWord[2] == curWord[2]");
+    // eq: how many leading bytes the last tail has in common with the tail
+    // sought. A tail keeps min(eq, shared) of them, so the comparison goes
+    // on from there.
+    const uchar *want = reinterpret_cast<const uchar *>(keyWord) + kTailStart;
+    const uchar *cur = reinterpret_cast<const uchar *>(dec.curWord) + kTailStart;
+    int32_t eq = 0;
+    while (MCLex_DecodeNext(&dec) == 1) {
+        if (dec.shared < eq) eq = dec.shared;
+        while (cur[eq] == want[eq] && want[eq] != 0) ++eq;
+        if (cur[eq] == want[eq]) return 1;
+        if (want[eq] < cur[eq]) return 0; // past the place of the word
+    }
+    return 0;
+}
+
+uint16_t MCLex_FindNoCase(const MCSegment *seg, const MCSuffixTable *simpleSuffixes,
+                          const MCSuffixTable *extSuffixes, const char *word) {
+    LX_ASSERT(seg != NULL);
+    LX_ASSERT(word != NULL);
+    const uchar *w = reinterpret_cast<const uchar *>(word);
+    // Every word of the segment begins with the key: if the key differs
+    // from the word's beginning, no word of the segment is the word. A
+    // word shorter than the key ends where the key has a byte (or both
+    // have zeros, and the word is the key).
+    for (uint32_t i = 0; i < LXC_KEY_SZ; ++i) {
+        if (lx_to_lower(seg->key[i]) != lx_to_lower(w[i])) return 0;
+        if (w[i] == 0) return 1; // the key is the whole word: no record to decode
+    }
+    if (seg->size == 0) return 0;
+    MCDecoder dec;
+    MCLex_DecodeStart(&dec, seg, simpleSuffixes, extSuffixes);
+    const uchar *want = w + kTailStart;
+    const uchar *cur = reinterpret_cast<const uchar *>(dec.curWord) + kTailStart;
+    int32_t eq = 0;
+    while (MCLex_DecodeNext(&dec) == 1) {
+        if (dec.shared < eq) eq = dec.shared;
+        while (want[eq] != 0 && lx_to_lower(cur[eq]) == lx_to_lower(want[eq])) ++eq;
+        if (cur[eq] == 0 && want[eq] == 0) return 1;
+    }
+    return 0;
 }
 
 int32_t MCLex_EncodeWord(const char *tail, const char *prevTail, const MCSuffixTable *simpleSuffixes,

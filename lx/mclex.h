@@ -56,6 +56,29 @@ void MCLex_DecodeStart(MCDecoder *dec, const MCSegment *seg, const MCSuffixTable
 // end. A damaged record ends the pass; the next call gives 0.
 int16_t MCLex_DecodeNext(MCDecoder *dec);
 
+// What MCLex_Scan does with each word: cb(keyWord, curWord, data) gives 0
+// when curWord is what was sought (the scan ends and gives 1), below 0 when
+// no later word can be (the scan ends and gives 0), above 0 to go on.
+// curWord is valid during the call only.
+typedef int32_t (*MCWordCb)(const char *keyWord, const char *curWord, void *data);
+
+// Decodes the words of seg in order. With a callback, each word is handed
+// to it. Without one (cb null), the scan looks for keyWord itself, exact in
+// case: keyWord must have seg's key as its first three bytes, and the scan
+// stops at the first word that sorts behind it. Gives 1 if the word was
+// found, else 0; a damaged record ends the scan like the segment's end.
+// charSize is 1 for every lexicon that can be open; a scan with any other
+// size finds nothing.
+uint16_t MCLex_Scan(const MCSegment *seg, uint16_t charSize, const MCSuffixTable *simpleSuffixes,
+                    const MCSuffixTable *extSuffixes, const char *keyWord, MCWordCb cb, void *data);
+
+// Gives 1 if seg holds word without regard to case (LX_Str_ICmp equal to
+// 0), else 0: what MCLex_Scan gives with a callback that compares whole
+// words so, but comparing each word only from the first place where it
+// differs from the word before it.
+uint16_t MCLex_FindNoCase(const MCSegment *seg, const MCSuffixTable *simpleSuffixes,
+                          const MCSuffixTable *extSuffixes, const char *word);
+
 // Codes the record of the word whose tail is tail, behind the word whose
 // tail is prevTail ("" for a segment's first word), into out, which has
 // room for LXC_MAX_RECORD_SZ bytes. The longest ending of the part behind

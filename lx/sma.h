@@ -7,18 +7,12 @@
 #include "lxbase.h"
 
 // One block of an Sma: a node of its own allocation, beside the block.
+// The allocator's record, Sma, is public (lxengine.h), since the compressed
+// lexicon's record embeds one: pieces come from the newest block, one
+// behind the other; a piece can't be freed alone.
 struct SmaBlock {
     void *memory;        // the block
     SmaBlock *nextBlock; // the next older block; null at the end
-};
-
-// The allocator, a plain record embedded in its owner. Pieces come from the
-// newest block, one behind the other; a piece can't be freed alone.
-struct Sma {
-    SmaBlock *blocks;   // newest block, head of the list; null while none
-    void *next;         // next free byte of the newest block
-    uint32_t left;      // bytes free behind next in the newest block
-    uint32_t blockSize; // size of the next block to be allocated
 };
 
 // Sets up sma for blocks of count pieces of elemSize bytes (0 means 16
