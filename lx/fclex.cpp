@@ -80,8 +80,13 @@ uint32_t pack_key(const uchar *key) {
 // A key is the beginning of a word: a first byte, and zeros only at its end.
 bool valid_key(const uchar *key) { return key[0] != 0 && (key[1] != 0 || key[2] == 0); }
 
-MCSuffixTable simple_table(const LX_FCLex &fc) { return {fc.simpleSuffixes, fc.nSimpleSuffixes}; }
-MCSuffixTable ext_table(const LX_FCLex &fc) { return {fc.extSuffixes, fc.nExtSuffixes}; }
+// A table's view, with the lengths that read_table keeps behind the
+// pointers.
+MCSuffixTable table_view(char **entries, int32_t count) {
+    return {entries, count, entries ? reinterpret_cast<const uchar *>(entries + count) : nullptr};
+}
+MCSuffixTable simple_table(const LX_FCLex &fc) { return table_view(fc.simpleSuffixes, fc.nSimpleSuffixes); }
+MCSuffixTable ext_table(const LX_FCLex &fc) { return table_view(fc.extSuffixes, fc.nExtSuffixes); }
 
 MCSegment mc_segment(const FCSegment *seg) {
     return {seg->data, seg->size, {seg->key[0], seg->key[1], seg->key[2]}};
@@ -93,15 +98,28 @@ void key_text(const FCSegment *seg, char out[LXC_KEY_SZ + 1]) {
     out[LXC_KEY_SZ] = '\0';
 }
 
-// Index of the first key not below packed.
+// packedKeys holds, in front of the keys, where the keys of each first
+// byte begin: kFirstStarts entries, the last one nSegments.
+constexpr uint32_t kFirstStarts = 257;
+const uint32_t *keys_of(const LX_FCLex &fc) { return fc.packedKeys + kFirstStarts; }
+
+// Index of the first key not below packed: a binary search among the keys
+// of packed's first byte.
 int32_t lower_bound(const LX_FCLex &fc, uint32_t packed) {
-    int32_t lo = 0, hi = fc.nSegments;
-    while (lo < hi) {
-        const int32_t mid = lo + (hi - lo) / 2;
-        if (fc.packedKeys[mid] < packed) lo = mid + 1;
-        else hi = mid;
+    const uint32_t first = packed >> 16;
+    if (first > 255) return fc.nSegments;
+    const uint32_t *keys = keys_of(fc);
+    uint32_t lo = fc.packedKeys[first], n = fc.packedKeys[first + 1] - lo;
+    while (n > 0) {
+        const uint32_t half = n / 2;
+        if (keys[lo + half] < packed) {
+            lo += half + 1;
+            n -= half + 1;
+        } else {
+            n = half;
+        }
     }
-    return lo;
+    return static_cast<int32_t>(lo);
 }
 
 // The list of segments in memory, oldest request first.
@@ -147,12 +165,17 @@ int16_t read_table(PortFile *fid, LX_FCLex &fc, uint32_t sectionLength, uint64_t
     int32_t n = 0;
     for (uint32_t i = 0; i < size; ++i) n += (*text)[i] == '\0';
     if (n == 0) return 0; // bytes without a terminator make no entry
-    *entries = static_cast<char **>(LX_MEM_ALLOC(sizeof(char *) * static_cast<size_t>(n)));
+    // The pointers, and behind them in the same block the entries'
+    // lengths, which the segment scans step over records with.
+    *entries = static_cast<char **>(LX_MEM_ALLOC((sizeof(char *) + 1) * static_cast<size_t>(n)));
     if (*entries == nullptr) return out_of_memory(fc);
+    uchar *lengths = reinterpret_cast<uchar *>(*entries + n);
     char *p = *text;
     for (int32_t i = 0; i < n; ++i) {
+        const size_t len = std::strlen(p);
         (*entries)[i] = p;
-        p += std::strlen(p) + 1;
+        lengths[i] = static_cast<uchar>(len < 255 ? len : 255);
+        p += len + 1;
     }
     *count = n;
     return 0;
@@ -210,10 +233,16 @@ int16_t read_sections(PortFile *fid, LX_Lexicon *lex) {
         if (!read32(fid, &type)) break; // the end, also behind 1 to 3 stray bytes
     }
     if (!seen[SECT_SEG_INDEX] || !seen[SECT_SEG_DATA] || fc.nSegments == 0) return invalid(fc);
+    // Every segment lies inside the data section, and together they don't
+    // take more than it holds: segments can't make the lexicon take more
+    // memory than the file has bytes.
+    uint64_t total = 0;
     for (int32_t i = 0; i < fc.nSegments; ++i) {
         const FCSegment *seg = fc.segIndex[i];
         if (static_cast<uint64_t>(seg->offset) + seg->size > dataLength) return invalid(fc);
+        total += seg->size;
     }
+    if (total > dataLength) return invalid(fc);
     return 0;
 }
 
@@ -316,13 +345,14 @@ int16_t FCLex_ReadIndex(PortFile *fid, uint32_t length, LX_Lexicon *lex) {
     if (LXC_INDEX_HEAD_SZ + static_cast<uint64_t>(LXC_INDEX_ENTRY_SZ) * n > length) return done(invalid(fc));
     if (n == 0) return done(0);
     fc.segIndex = static_cast<FCSegment **>(LX_MEM_ALLOC(sizeof(FCSegment *) * n));
-    fc.packedKeys = static_cast<uint32_t *>(LX_MEM_ALLOC(sizeof(uint32_t) * n));
+    fc.packedKeys = static_cast<uint32_t *>(LX_MEM_ALLOC(sizeof(uint32_t) * (kFirstStarts + n)));
     if (fc.segIndex == nullptr || fc.packedKeys == nullptr) return done(out_of_memory(fc));
     fc.nSegments = 0;
     for (uint32_t i = 0; i < n; ++i) {
         const LXCIndexEntry entry = LXC_GetIndexEntry(buffer + LXC_INDEX_HEAD_SZ + LXC_INDEX_ENTRY_SZ * i);
         const uint32_t packed = pack_key(entry.key);
-        if (!valid_key(entry.key) || (i > 0 && packed <= fc.packedKeys[i - 1])) return done(invalid(fc));
+        uint32_t *keys = fc.packedKeys + kFirstStarts;
+        if (!valid_key(entry.key) || (i > 0 && packed <= keys[i - 1])) return done(invalid(fc));
         auto *seg = static_cast<FCSegment *>(Sma_Alloc(&fc.segPool, sizeof(FCSegment)));
         if (seg == nullptr) return done(out_of_memory(fc));
         std::memcpy(seg->key, entry.key, LXC_KEY_SZ);
@@ -332,8 +362,12 @@ int16_t FCLex_ReadIndex(PortFile *fid, uint32_t length, LX_Lexicon *lex) {
         seg->lastUse = 0;
         seg->older = seg->newer = nullptr;
         fc.segIndex[i] = seg;
-        fc.packedKeys[i] = packed;
+        keys[i] = packed;
         ++fc.nSegments;
+    }
+    for (uint32_t b = 0, i = 0; b < kFirstStarts; ++b) {
+        while (i < n && fc.packedKeys[kFirstStarts + i] >> 16 < b) ++i;
+        fc.packedKeys[b] = i;
     }
     return done(0);
 }
@@ -394,19 +428,28 @@ int16_t FCLex_LoadSegment(LX_Lexicon *lex, FCSegment *seg) {
             fc.budgetLeft += static_cast<int32_t>(victim->size);
         }
     }
-    seg->data = static_cast<uchar *>(LX_MEM_ALLOC(seg->size));
-    if (seg->data == nullptr) {
-        LX_Diag_Msg("loadSeg: out of memory");
-        return LX_ERR_NO_MEMORY;
-    }
     PortFile *fid = PORT_OpenFile(fc.fileName, PORT_MODE_READ);
     if (!PORT_IS_VALID_FILE_ID(fid)) {
         LX_Diag_Msg("%s: can't open", fc.fileName);
-        drop_data(seg);
         return LX_ERR_CANT_CREATE;
     }
+    // A file may end inside its data section; a segment behind the end
+    // can't be read, and isn't allocated for either, whatever its size.
     // dataStart + offset + size lies below 2^31: the open has checked it.
-    if (PORT_Seek(fid, fc.dataStart + static_cast<int32_t>(seg->offset), SEEK_SET) != 0) {
+    const int32_t position = fc.dataStart + static_cast<int32_t>(seg->offset);
+    const int64_t size = file_size(fid);
+    if (size < 0 || position + static_cast<int64_t>(seg->size) > size) {
+        LX_Diag_Msg("%s: read error", fc.fileName);
+        PORT_CloseFile(fid);
+        return LX_ERR_BAD_FORMAT;
+    }
+    seg->data = static_cast<uchar *>(LX_MEM_ALLOC(seg->size));
+    if (seg->data == nullptr) {
+        LX_Diag_Msg("loadSeg: out of memory");
+        PORT_CloseFile(fid);
+        return LX_ERR_NO_MEMORY;
+    }
+    if (PORT_Seek(fid, position, SEEK_SET) != 0) {
         LX_Diag_Msg("%s: seek error", fc.fileName);
         drop_data(seg);
         PORT_CloseFile(fid);
@@ -433,7 +476,7 @@ FCSegment *FCLex_FindSegment(const LX_Lexicon *lex, const uchar key[LXC_KEY_SZ])
     const LX_FCLex &fc = lex->fc;
     const uint32_t packed = pack_key(key);
     const int32_t i = lower_bound(fc, packed);
-    return i < fc.nSegments && fc.packedKeys[i] == packed ? fc.segIndex[i] : nullptr;
+    return i < fc.nSegments && keys_of(fc)[i] == packed ? fc.segIndex[i] : nullptr;
 }
 
 int32_t FCLex_CompareSegs(const void *seg1, const void *seg2) {

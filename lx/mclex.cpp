@@ -38,6 +38,97 @@ int32_t find_entry(const MCSuffixTable *table, int32_t limit, const char *rest) 
     return -1;
 }
 
+int32_t suffix_length(const MCSuffixTable *table, int32_t i) {
+    return table->lengths != nullptr ? table->lengths[i] : static_cast<int32_t>(std::strlen(table->entries[i]));
+}
+
+// Looks for the tail want among the records of a segment without
+// rebuilding the words. The words before the one sought share with it a
+// prefix of eq bytes and are below it at eq (exact) or differ from it
+// there (noCase). A record that keeps more than eq bytes of the word
+// before it has that same difference, so it is only stepped over; a
+// record that keeps eq bytes or fewer starts with the sought tail's own
+// bytes, so its new bytes are compared with the sought tail from there on.
+// Every record, stepped over or compared, is checked as the decoder checks
+// it, and a damaged one ends the search: the result is that of decoding
+// every word and comparing it whole.
+template <bool NoCase>
+uint16_t find_tail(const MCSegment *seg, const MCSuffixTable *simpleSuffixes, const MCSuffixTable *extSuffixes,
+                   const uchar *want) {
+    const uchar *p = seg->data;
+    const uchar *const end = p + seg->size;
+    const int32_t nSimple = reachable(simpleSuffixes, MAX_SIMPLE_SUFFIXES);
+    const int32_t nExt = reachable(extSuffixes, MAX_EXT_SUFFIXES);
+    auto same = [](uchar a, uchar b) { return NoCase ? lx_to_lower(a) == lx_to_lower(b) : a == b; };
+    int32_t eq = 0;      // see above
+    int32_t tailLen = 0; // of the word before
+    while (p < end) {
+        const int32_t shared = *p++;
+        if (shared > tailLen) return 0;
+        int32_t i = shared;
+        if (shared > eq) {
+            // The word differs from the one sought where the word before
+            // did: only its length is wanted, for the checks.
+            uchar c;
+            for (;;) {
+                if (p >= end) return 0;
+                if ((c = *p++) < LXC_FIRST_LITERAL) break;
+                ++i;
+            }
+            if (c == LXC_CODE_EXT) {
+                if (p >= end || *p >= nExt) return 0;
+                i += suffix_length(extSuffixes, *p++);
+            } else if (c != LXC_CODE_END) {
+                if (c - LXC_CODE_SIMPLE >= nSimple) return 0;
+                i += suffix_length(simpleSuffixes, c - LXC_CODE_SIMPLE);
+            }
+            if (i > LXC_MAX_TAIL_LEN) return 0;
+            tailLen = i;
+            continue;
+        }
+        bool comparing = true;
+        // Takes the byte c at place i of the new tail. False when the
+        // search ends: the tail is too long, or (exact) the word is past
+        // the one sought.
+        auto take = [&](uchar c) {
+            if (i == LXC_MAX_TAIL_LEN) return false;
+            if (comparing && !same(c, want[i])) {
+                if (!NoCase && c > want[i]) return false;
+                comparing = false;
+                eq = i;
+            }
+            ++i;
+            return true;
+        };
+        for (;;) {
+            if (p >= end) return 0;
+            const uchar c = *p++;
+            if (c >= LXC_FIRST_LITERAL) {
+                if (!take(c)) return 0;
+                continue;
+            }
+            if (c == LXC_CODE_END) break;
+            const char *suffix;
+            if (c == LXC_CODE_EXT) {
+                if (p >= end || *p >= nExt) return 0;
+                suffix = extSuffixes->entries[*p++];
+            } else {
+                if (c - LXC_CODE_SIMPLE >= nSimple) return 0;
+                suffix = simpleSuffixes->entries[c - LXC_CODE_SIMPLE];
+            }
+            for (; *suffix != '\0'; ++suffix)
+                if (!take(lx_byte(*suffix))) return 0;
+            break;
+        }
+        if (comparing) {
+            if (want[i] == 0) return 1;
+            eq = i; // the word ends where the one sought goes on
+        }
+        tailLen = i;
+    }
+    return 0;
+}
+
 } // namespace
 
 void MCLex_DecodeStart(MCDecoder *dec, const MCSegment *seg, const MCSuffixTable *simpleSuffixes,
@@ -107,9 +198,9 @@ uint16_t MCLex_Scan(const MCSegment *seg, uint16_t charSize, const MCSuffixTable
     LX_ASSERT(seg->data != NULL);
     LX_ASSERT(keyWord != NULL);
     if (charSize != LXC_CHAR_SIZE || seg->size == 0) return 0;
-    MCDecoder dec;
-    MCLex_DecodeStart(&dec, seg, simpleSuffixes, extSuffixes);
     if (cb != nullptr) {
+        MCDecoder dec;
+        MCLex_DecodeStart(&dec, seg, simpleSuffixes, extSuffixes);
         while (MCLex_DecodeNext(&dec) == 1) {
             const int32_t r = cb(keyWord, dec.curWord, data);
             if (r == 0) return 1;
@@ -118,21 +209,12 @@ uint16_t MCLex_Scan(const MCSegment *seg, uint16_t charSize, const MCSuffixTable
         return 0;
     }
 
-    LX_ASSERT_TEXT(keyWord[0] == dec.curWord[0] && keyWord[1] == dec.curWord[1] && keyWord[2] == dec.curWord[2],
+    const char *key = reinterpret_cast<const char *>(seg->key);
+    LX_ASSERT_TEXT(keyWord[0] == key[0] && keyWord[1] == key[1] && keyWord[2] == key[2],
                    "keyWord[0] == curWord[0] && keyWord[1] == curWord[1] && keyWord[2] == curWord[2]");
-    // eq: how many leading bytes the last tail has in common with the tail
-    // sought. A tail keeps min(eq, shared) of them, so the comparison goes
-    // on from there.
-    const uchar *want = reinterpret_cast<const uchar *>(keyWord) + kTailStart;
-    const uchar *cur = reinterpret_cast<const uchar *>(dec.curWord) + kTailStart;
-    int32_t eq = 0;
-    while (MCLex_DecodeNext(&dec) == 1) {
-        if (dec.shared < eq) eq = dec.shared;
-        while (cur[eq] == want[eq] && want[eq] != 0) ++eq;
-        if (cur[eq] == want[eq]) return 1;
-        if (want[eq] < cur[eq]) return 0; // past the place of the word
-    }
-    return 0;
+    // A word of fewer than three bytes has an empty tail.
+    const char *want = keyWord[2] != '\0' ? keyWord + kTailStart : "";
+    return find_tail<false>(seg, simpleSuffixes, extSuffixes, reinterpret_cast<const uchar *>(want));
 }
 
 uint16_t MCLex_FindNoCase(const MCSegment *seg, const MCSuffixTable *simpleSuffixes,
@@ -148,18 +230,7 @@ uint16_t MCLex_FindNoCase(const MCSegment *seg, const MCSuffixTable *simpleSuffi
         if (lx_to_lower(seg->key[i]) != lx_to_lower(w[i])) return 0;
         if (w[i] == 0) return 1; // the key is the whole word: no record to decode
     }
-    if (seg->size == 0) return 0;
-    MCDecoder dec;
-    MCLex_DecodeStart(&dec, seg, simpleSuffixes, extSuffixes);
-    const uchar *want = w + kTailStart;
-    const uchar *cur = reinterpret_cast<const uchar *>(dec.curWord) + kTailStart;
-    int32_t eq = 0;
-    while (MCLex_DecodeNext(&dec) == 1) {
-        if (dec.shared < eq) eq = dec.shared;
-        while (want[eq] != 0 && lx_to_lower(cur[eq]) == lx_to_lower(want[eq])) ++eq;
-        if (cur[eq] == 0 && want[eq] == 0) return 1;
-    }
-    return 0;
+    return find_tail<true>(seg, simpleSuffixes, extSuffixes, w + kTailStart);
 }
 
 int32_t MCLex_EncodeWord(const char *tail, const char *prevTail, const MCSuffixTable *simpleSuffixes,

@@ -29,6 +29,9 @@ struct MCSegment {
 struct MCSuffixTable {
     const char *const *entries;
     int32_t count;
+    // The entries' lengths, each cut to 255, if the owner keeps them;
+    // null to have them measured.
+    const uchar *lengths = nullptr;
 };
 
 // The state of one pass over a segment. curWord holds the key's three

@@ -180,6 +180,8 @@ TEST(FcLex, RefusedFiles) {
          "%s invalid compressed lexicon"},
         {"segment beyond the data", with({{4, index_section({{"at", 0, 2}, {"wal", 2, 13}})}}), 0,
          LX_ERR_BAD_FORMAT, "%s invalid compressed lexicon"},
+        {"segments overlap", with({{4, index_section({{"at", 0, 14}, {"wal", 0, 14}})}}), 0, LX_ERR_BAD_FORMAT,
+         "%s invalid compressed lexicon"},
         {"offset wraps", with({{4, index_section({{"at", 0xFFFFFFFF, 2}})}}), 0, LX_ERR_BAD_FORMAT,
          "%s invalid compressed lexicon"},
         {"two suffix sections", file_of({good[0], good[1], good[2], good[2], good[3], good[4]}), 0,
