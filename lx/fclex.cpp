@@ -241,6 +241,7 @@ int16_t read_sections(PortFile *fid, LX_Lexicon *lex) {
         const FCSegment *seg = fc.segIndex[i];
         if (static_cast<uint64_t>(seg->offset) + seg->size > dataLength) return invalid(fc);
         total += seg->size;
+        fc.segIndex[i]->beyondEnd = fc.dataStart + static_cast<int64_t>(seg->offset) + seg->size > fileSize;
     }
     if (total > dataLength) return invalid(fc);
     return 0;
@@ -361,6 +362,7 @@ int16_t FCLex_ReadIndex(PortFile *fid, uint32_t length, LX_Lexicon *lex) {
         seg->data = nullptr;
         seg->lastUse = 0;
         seg->older = seg->newer = nullptr;
+        seg->beyondEnd = false;
         fc.segIndex[i] = seg;
         keys[i] = packed;
         ++fc.nSegments;
@@ -435,10 +437,10 @@ int16_t FCLex_LoadSegment(LX_Lexicon *lex, FCSegment *seg) {
     }
     // A file may end inside its data section; a segment behind the end
     // can't be read, and isn't allocated for either, whatever its size.
+    // Other segments are no larger than the file was at the open.
     // dataStart + offset + size lies below 2^31: the open has checked it.
     const int32_t position = fc.dataStart + static_cast<int32_t>(seg->offset);
-    const int64_t size = file_size(fid);
-    if (size < 0 || position + static_cast<int64_t>(seg->size) > size) {
+    if (seg->beyondEnd && position + static_cast<int64_t>(seg->size) > file_size(fid)) {
         LX_Diag_Msg("%s: read error", fc.fileName);
         PORT_CloseFile(fid);
         return LX_ERR_BAD_FORMAT;

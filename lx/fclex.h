@@ -30,6 +30,10 @@ struct FCSegment {
     // request takes a new lastUse, the list's order is that of lastUse.
     FCSegment *older;
     FCSegment *newer;
+    // True if the segment's end lay behind the end of the file at the
+    // open (a file may end inside its data section): such a segment is
+    // only allocated for once the file is seen to hold it.
+    bool beyondEnd;
 };
 
 // Behind LX_Lexicon_Close: frees everything the lexicon holds. Gives 0.
