@@ -163,6 +163,45 @@ typedef struct LX_DFTLex {
     int64_t fileSize;     /* private: size of the file in bytes */
     uint64_t fileId;      /* private: identity (inode) of the file */
 } LX_DFTLex;
+/* A bump allocator for many small pieces that are freed together, embedded
+ * in the record that owns it. Its blocks are the engine's. */
+struct SmaBlock;
+typedef struct Sma {
+    struct SmaBlock *blocks; /* newest block, head of the list; null while none */
+    void *next;              /* next free byte of the newest block */
+    uint32_t left;           /* bytes free behind next in the newest block */
+    uint32_t blockSize;      /* size of the next block to be allocated */
+} Sma;
+
+/* One segment of a compressed lexicon: the engine's own record. */
+struct FCSegment;
+
+/* Member fc: a read-only compressed lexicon file, opened by LX_FCLex_Open.
+ * The index and the suffix tables stay in memory; the segments of words
+ * are read from the file when a lookup needs them, and within budget. The
+ * file is not held open. Every field belongs to the engine. */
+typedef struct LX_FCLex {
+    uint32_t magic;                /* 0x0045066B while open */
+    struct FCSegment **segIndex;   /* one per segment, ascending by key */
+    int32_t nSegments;             /* length of segIndex, at least 1 */
+    int32_t dataStart;             /* file position of the segment data */
+    int32_t budget;                /* bytes of segments in memory at once; <= 0: no limit */
+    int32_t budgetLeft;            /* budget less the segments in memory */
+    uint32_t useClock;             /* counts the requests for a segment */
+    int16_t lang;                  /* language of the file, kept but not used */
+    uint16_t charSize;             /* bytes per character: 1 */
+    char **simpleSuffixes;         /* the simple table, into simpleText */
+    int32_t nSimpleSuffixes;
+    char **extSuffixes;            /* the extended table, into extText */
+    int32_t nExtSuffixes;
+    char fileName[516];            /* the path, cut to 515 bytes */
+    Sma segPool;                   /* the memory of the segment records */
+    char *simpleText;              /* the tables' bytes as in the file */
+    char *extText;
+    uint32_t *packedKeys;          /* private: the keys of segIndex as numbers */
+    struct FCSegment *oldestLoaded; /* private: segments in memory, least */
+    struct FCSegment *newestLoaded; /* recently requested first */
+} LX_FCLex;
 
 /* The record of every lexicon. The host provides it and sets kind; the
  * creating call fills the member of that kind. */
@@ -170,6 +209,7 @@ typedef struct LX_Lexicon {
     union {
         LX_DMTLex dmt; /* LEX_DMT */
         LX_DFTLex dft; /* LEX_DFT */
+        LX_FCLex fc;   /* LEX_FC */
     };
     int32_t kind; /* LEX_DMT, ...; 0 for none */
 } LX_Lexicon;
@@ -312,6 +352,21 @@ LX_API int32_t LX_DFTLex_Create(LX_Lexicon *lex, const char *fileName, int16_t l
  * without a class (message "Can't load %s"), or LX_ERR_NO_MEMORY; on
  * failure the record isn't open. */
 LX_API int32_t LX_DFTLex_Open(LX_Lexicon *lex, const char *fileName);
+
+/* LX_FCLex_Open: opens the compressed lexicon file fileName into lex,
+ * reading its suffix tables and its index of segments; the segments
+ * themselves are read from the file later, as lookups need them, and the
+ * file is not kept open in between. At most budget bytes of segments are
+ * held in memory at once, the least recently requested going first when a
+ * new one needs room; budget 0 or below means no limit. The caller sets
+ * lex->kind to LEX_FC. The lexicon can't be changed: adding, deleting,
+ * clearing and images give LX_ERR_UNSUPPORTED.
+ * Returns 0, or (message left, nothing held, lex not open):
+ * LX_ERR_FILE_OPEN (can't be opened), LX_ERR_BAD_FORMAT (not a valid
+ * compressed lexicon), LX_ERR_READ (a table or the index cut short),
+ * LX_ERR_UNSUPPORTED (16-bit characters), LX_ERR_NO_MEMORY (out of memory,
+ * more than 65,535 segments, or a segment larger than a budget above 0). */
+LX_API int32_t LX_FCLex_Open(LX_Lexicon *lex, const char *fileName, int32_t budget);
 
 /* LX_Lexicon_AddWord: stores word with action and otherWord (the
  * replacement of a change action, or null); a word stored already gets the

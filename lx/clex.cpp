@@ -142,3 +142,10 @@ void LX_TransferCase(const char *word, int16_t mode, int16_t keepAccents, char *
     for (int32_t i = 0; r[i] != 0; ++i)
         settle(r[i], allCapitals || (capitalised && i == 0) ? 1 : 0);
 }
+
+int32_t FCLex_CheckWordCb(const char *keyWord, const char *checkWord, void *data) {
+    LX_ASSERT(keyWord != NULL);
+    LX_ASSERT(checkWord != NULL);
+    (void)data;
+    return LX_Str_ICmp(keyWord, checkWord) == 0 ? 0 : 1;
+}

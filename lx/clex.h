@@ -21,4 +21,9 @@ void LX_RestorePossessiveIn(const char *word, uint32_t options, char *repl, int3
 // in repl lose their accents.
 void LX_TransferCase(const char *word, int16_t mode, int16_t keepAccents, char *repl);
 
+// A segment scan's callback for lookups without regard to case: 0 if
+// checkWord is keyWord but for case (LX_Str_ICmp), else 1, so that the scan
+// goes through the whole segment unless it finds the word.
+int32_t FCLex_CheckWordCb(const char *keyWord, const char *checkWord, void *data);
+
 #endif

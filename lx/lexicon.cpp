@@ -9,6 +9,7 @@
 #include "chartab.h"
 #include "dftlex.h"
 #include "dmtlex.h"
+#include "fclex.h"
 
 extern "C" LX_API int32_t LX_Lexicon_AddWord(LX_Lexicon *lex, const char *word, int16_t action,
                                              const char *otherWord) {
@@ -43,6 +44,7 @@ extern "C" LX_API int32_t LX_Lexicon_Close(LX_Lexicon *lex) {
     switch (lex->kind) {
     case LEX_DMT: return LX_DMTLex_Close(lex);
     case LEX_DFT: return LX_DFTLex_Close(lex);
+    case LEX_FC: return LX_FCLex_Close(lex);
     default: return LX_ERR_UNSUPPORTED;
     }
 }
@@ -53,6 +55,7 @@ int16_t LX_Lexicon_FindWord(LX_Lexicon *lex, const char *word, int16_t caseSensi
     switch (lex->kind) {
     case LEX_DMT: return LX_DMTLex_FindWord(lex, word, caseSensitive, otherWord, otherWordSize);
     case LEX_DFT: return LX_DFTLex_FindWord(lex, word, caseSensitive, otherWord, otherWordSize);
+    case LEX_FC: return LX_FCLex_FindWord(lex, word, caseSensitive, otherWord, otherWordSize);
     default: return LX_ERR_UNSUPPORTED;
     }
 }
@@ -81,6 +84,7 @@ int32_t LX_Lexicon_FindPattern(LX_Lexicon *lex, const char *pattern, int16_t cas
     switch (lex->kind) {
     case LEX_DMT: return LX_DMTLex_FindPattern(lex, pattern, caseSensitive, matches);
     case LEX_DFT: return LX_DFTLex_FindPattern(lex, pattern, caseSensitive, matches);
+    case LEX_FC: return LX_FCLex_FindPattern(lex, pattern, caseSensitive, matches);
     default: return LX_ERR_UNSUPPORTED;
     }
 }
@@ -91,6 +95,7 @@ int32_t LX_Lexicon_FindSimilar(LX_Lexicon *lex, const char *word, int32_t depth,
     switch (lex->kind) {
     case LEX_DMT: return LX_DMTLex_FindSimilar(lex, word, depth, wordComparatorCb, suggestions);
     case LEX_DFT: return LX_DFTLex_FindSimilar(lex, word, depth, wordComparatorCb, suggestions);
+    case LEX_FC: return LX_FCLex_FindSimilar(lex, word, depth, wordComparatorCb, suggestions);
     default: return LX_ERR_UNSUPPORTED;
     }
 }
@@ -101,6 +106,7 @@ int32_t LX_Lexicon_ForEachBaseForm(LX_Lexicon *lex, const char *word, LX_BaseFor
     switch (lex->kind) {
     case LEX_DMT: return LX_DMTLex_ForEachBaseForm(lex, word, visit, ctx);
     case LEX_DFT: return LX_DFTLex_ForEachBaseForm(lex, word, visit, ctx);
+    case LEX_FC: return LX_FCLex_ForEachBaseForm(lex, word, visit, ctx);
     default: return LX_ERR_UNSUPPORTED;
     }
 }

@@ -116,7 +116,7 @@ TEST(DmtLex, OtherWordIsCutAndClearKeepsTheLexiconOpen) {
 }
 
 TEST(Lexicon, KindsWithoutRoutinesAreUnsupported) {
-    for (int32_t kind : {0, 1, 4, LEX_MC, LEX_FC, 99}) {
+    for (int32_t kind : {0, 1, 4, LEX_MC, 99}) {
         LX_Lexicon lex{};
         lex.kind = kind;
         char bfr[8];

@@ -1,0 +1,664 @@
+// fclex.cpp - the compressed lexicon reader.
+//
+// Opening reads the file's sections by type: the suffix tables and the
+// index are kept, the segment data is only located. Everything the file
+// says is checked before it is used: every length against the section or
+// the file that must hold it (so that a hostile length never leads to a
+// huge allocation or a read past a buffer), the index entries against the
+// index section, the keys for strict ascending order, every segment
+// against the data section, and each known section type once. A file that
+// fails is refused as invalid. What can only be found out later (a segment
+// whose bytes the file doesn't hold, a record that can't be decoded) makes
+// that segment's load or scan fail, and the word counts as absent.
+//
+// The keys are also kept as 24-bit numbers in one array, so that finding a
+// segment is a binary search over a small block of memory instead of over
+// the records. With a budget, the segments in memory are kept in a list by
+// the time of their last request, so that the least recently requested one
+// is found at once when room must be made.
+#include "fclex.h"
+
+#include <cstring>
+
+#include "chartab.h"
+#include "clex.h"
+#include "diag.h"
+#include "mclex.h"
+#include "platform.h"
+#include "safestr.h"
+#include "sma.h"
+#include "suggset.h"
+
+namespace {
+
+constexpr int32_t kNameMax = static_cast<int32_t>(sizeof(LX_FCLex::fileName)) - 1; // 515
+constexpr uint32_t kSegsPerBlock = 1000;
+
+void check_open(const LX_Lexicon *lex) {
+    LX_ASSERT(lex != NULL);
+    LX_ASSERT_TEXT(lex->fc.magic == FCLEX_MAGIC, "MAGIC == lex->magic");
+}
+
+int16_t invalid(const LX_FCLex &fc) {
+    LX_Diag_Msg("%s invalid compressed lexicon", fc.fileName);
+    return LX_ERR_BAD_FORMAT;
+}
+
+int16_t out_of_memory(const LX_FCLex &fc) {
+    LX_Diag_Msg("%s: out of memory", fc.fileName);
+    return LX_ERR_NO_MEMORY;
+}
+
+int16_t read_error(const LX_FCLex &fc) {
+    LX_Diag_Msg("%s: read error", fc.fileName);
+    return LX_ERR_READ;
+}
+
+bool read32(PortFile *fid, uint32_t *value) {
+    uchar bytes[LXC_NUMBER_SZ];
+    if (PORT_Read(fid, bytes, sizeof bytes) != sizeof bytes) return false;
+    *value = LXC_Get32(bytes);
+    return true;
+}
+
+int64_t file_size(PortFile *fid) {
+    PortStamp stamp;
+    return PORT_FileStampOf(fid, &stamp) == 0 ? stamp.size : -1;
+}
+
+// Bytes of the file behind the present position.
+int64_t bytes_left(PortFile *fid) {
+    const int64_t size = file_size(fid);
+    const int32_t pos = PORT_Tell(fid);
+    return size < 0 || pos < 0 ? 0 : size - pos;
+}
+
+uint32_t pack_key(const uchar *key) {
+    return static_cast<uint32_t>(key[0]) << 16 | static_cast<uint32_t>(key[1]) << 8 | key[2];
+}
+
+// A key is the beginning of a word: a first byte, and zeros only at its end.
+bool valid_key(const uchar *key) { return key[0] != 0 && (key[1] != 0 || key[2] == 0); }
+
+// A table's view, with the lengths that read_table keeps behind the
+// pointers.
+MCSuffixTable table_view(char **entries, int32_t count) {
+    return {entries, count, entries ? reinterpret_cast<const uchar *>(entries + count) : nullptr};
+}
+MCSuffixTable simple_table(const LX_FCLex &fc) { return table_view(fc.simpleSuffixes, fc.nSimpleSuffixes); }
+MCSuffixTable ext_table(const LX_FCLex &fc) { return table_view(fc.extSuffixes, fc.nExtSuffixes); }
+
+MCSegment mc_segment(const FCSegment *seg) {
+    return {seg->data, seg->size, {seg->key[0], seg->key[1], seg->key[2]}};
+}
+
+// The key as a text of up to three characters.
+void key_text(const FCSegment *seg, char out[LXC_KEY_SZ + 1]) {
+    std::memcpy(out, seg->key, LXC_KEY_SZ);
+    out[LXC_KEY_SZ] = '\0';
+}
+
+// packedKeys holds, in front of the keys, where the keys of each first
+// byte begin: kFirstStarts entries, the last one nSegments.
+constexpr uint32_t kFirstStarts = 257;
+const uint32_t *keys_of(const LX_FCLex &fc) { return fc.packedKeys + kFirstStarts; }
+
+// Index of the first key not below packed: a binary search among the keys
+// of packed's first byte.
+int32_t lower_bound(const LX_FCLex &fc, uint32_t packed) {
+    const uint32_t first = packed >> 16;
+    if (first > 255) return fc.nSegments;
+    const uint32_t *keys = keys_of(fc);
+    uint32_t lo = fc.packedKeys[first], n = fc.packedKeys[first + 1] - lo;
+    while (n > 0) {
+        const uint32_t half = n / 2;
+        if (keys[lo + half] < packed) {
+            lo += half + 1;
+            n -= half + 1;
+        } else {
+            n = half;
+        }
+    }
+    return static_cast<int32_t>(lo);
+}
+
+// The list of segments in memory, oldest request first.
+void unlink_loaded(LX_FCLex &fc, FCSegment *seg) {
+    (seg->older ? seg->older->newer : fc.oldestLoaded) = seg->newer;
+    (seg->newer ? seg->newer->older : fc.newestLoaded) = seg->older;
+    seg->older = seg->newer = nullptr;
+}
+void link_newest(LX_FCLex &fc, FCSegment *seg) {
+    seg->older = fc.newestLoaded;
+    seg->newer = nullptr;
+    (fc.newestLoaded ? fc.newestLoaded->newer : fc.oldestLoaded) = seg;
+    fc.newestLoaded = seg;
+}
+
+void drop_data(FCSegment *seg) {
+    LX_MEM_FREE(seg->data);
+    seg->data = nullptr;
+}
+
+// Skips to the file position target. False when target lies behind the
+// end of the file, where no further section can stand.
+bool skip_to(PortFile *fid, int64_t target) {
+    const int64_t size = file_size(fid);
+    if (target > size) return false;
+    return PORT_Seek(fid, static_cast<int32_t>(target), SEEK_SET) == 0;
+}
+
+// Reads one table of the suffix section: its length, then its text.
+int16_t read_table(PortFile *fid, LX_FCLex &fc, uint32_t sectionLength, uint64_t *used, char **text,
+                   char ***entries, int32_t *count) {
+    if (*used + LXC_NUMBER_SZ > sectionLength) return invalid(fc);
+    uint32_t size;
+    if (!read32(fid, &size)) return read_error(fc);
+    *used += LXC_NUMBER_SZ;
+    if (size == 0) return 0;
+    if (*used + size > sectionLength) return invalid(fc);
+    if (size > bytes_left(fid)) return read_error(fc);
+    *text = static_cast<char *>(LX_MEM_ALLOC(size));
+    if (*text == nullptr) return out_of_memory(fc);
+    if (PORT_Read(fid, *text, size) != size) return read_error(fc);
+    *used += size;
+    int32_t n = 0;
+    for (uint32_t i = 0; i < size; ++i) n += (*text)[i] == '\0';
+    if (n == 0) return 0; // bytes without a terminator make no entry
+    // The pointers, and behind them in the same block the entries'
+    // lengths, which the segment scans step over records with.
+    *entries = static_cast<char **>(LX_MEM_ALLOC((sizeof(char *) + 1) * static_cast<size_t>(n)));
+    if (*entries == nullptr) return out_of_memory(fc);
+    uchar *lengths = reinterpret_cast<uchar *>(*entries + n);
+    char *p = *text;
+    for (int32_t i = 0; i < n; ++i) {
+        const size_t len = std::strlen(p);
+        (*entries)[i] = p;
+        lengths[i] = static_cast<uchar>(len < 255 ? len : 255);
+        p += len + 1;
+    }
+    *count = n;
+    return 0;
+}
+
+// The sections behind the magic: steps through them by type until the
+// file ends. Gives 0 or a negative code, with a message.
+int16_t read_sections(PortFile *fid, LX_Lexicon *lex) {
+    LX_FCLex &fc = lex->fc;
+    const int64_t fileSize = file_size(fid);
+    if (fileSize < 0 || fileSize > LXC_MAX_FILE_SZ) return invalid(fc);
+    uint32_t type;
+    if (!read32(fid, &type)) return invalid(fc);
+    bool seen[SECT_SEG_DATA + 1] = {};
+    uint32_t dataLength = 0;
+    for (;;) {
+        uint32_t length;
+        if (!read32(fid, &length)) {
+            LX_Diag_Msg("%s: error reading section length", fc.fileName);
+            return LX_ERR_BAD_FORMAT;
+        }
+        const int64_t start = PORT_Tell(fid);
+        const int64_t end = start + length;
+        if (type >= SECT_LANGUAGE && type <= SECT_SEG_DATA) {
+            if (seen[type]) return invalid(fc); // one section of each kind
+            seen[type] = true;
+        }
+        if (type == SECT_LANGUAGE || type == SECT_CHAR_SIZE) {
+            if (length < LXC_NUMBER_SZ) return invalid(fc);
+            uint32_t value;
+            if (!read32(fid, &value)) break; // the file ends here
+            if (type == SECT_LANGUAGE) {
+                fc.lang = static_cast<int16_t>(value & 0xFFFF);
+            } else {
+                fc.charSize = static_cast<uint16_t>(value & 0xFFFF);
+                if (value != LXC_CHAR_SIZE) {
+                    LX_Diag_Msg("%s: Unicode lexicon not supported", fc.fileName);
+                    return LX_ERR_UNSUPPORTED;
+                }
+            }
+        } else if (type == SECT_SUFFIXES) {
+            const int16_t r = FCLex_ReadSuffixes(fid, length, lex);
+            if (r < 0) return r;
+        } else if (type == SECT_SEG_INDEX) {
+            const int16_t r = FCLex_ReadIndex(fid, length, lex);
+            if (r < 0) return r;
+        } else if (type == SECT_SEG_DATA) {
+            // Positions are signed 32-bit numbers: every segment must lie
+            // below 2^31 even where the file is cut short.
+            if (end > LXC_MAX_FILE_SZ) return invalid(fc);
+            fc.dataStart = static_cast<int32_t>(start);
+            dataLength = length;
+        }
+        if (!skip_to(fid, end)) break;
+        if (!read32(fid, &type)) break; // the end, also behind 1 to 3 stray bytes
+    }
+    if (!seen[SECT_SEG_INDEX] || !seen[SECT_SEG_DATA] || fc.nSegments == 0) return invalid(fc);
+    // Every segment lies inside the data section, and together they don't
+    // take more than it holds: segments can't make the lexicon take more
+    // memory than the file has bytes.
+    uint64_t total = 0;
+    for (int32_t i = 0; i < fc.nSegments; ++i) {
+        const FCSegment *seg = fc.segIndex[i];
+        if (static_cast<uint64_t>(seg->offset) + seg->size > dataLength) return invalid(fc);
+        total += seg->size;
+        fc.segIndex[i]->beyondEnd = fc.dataStart + static_cast<int64_t>(seg->offset) + seg->size > fileSize;
+    }
+    if (total > dataLength) return invalid(fc);
+    return 0;
+}
+
+} // namespace
+
+// ------------------------------------------------------------ open and close
+
+extern "C" LX_API int32_t LX_FCLex_Open(LX_Lexicon *lex, const char *fileName, int32_t budget) {
+    LX_ASSERT(fileName != NULL);
+    LX_ASSERT(lex != NULL);
+    PortFile *fid = PORT_OpenFile(fileName, PORT_MODE_READ);
+    if (!PORT_IS_VALID_FILE_ID(fid)) {
+        LX_Diag_Msg("file open(%s) failed", fileName);
+        return LX_ERR_FILE_OPEN;
+    }
+    LX_FCLex &fc = lex->fc;
+    fc.magic = 0;
+    LX_Str_CopyN(fc.fileName, sizeof fc.fileName, fileName, kNameMax);
+    fc.segIndex = nullptr;
+    fc.nSegments = 0;
+    fc.dataStart = 0;
+    fc.lang = 0;
+    fc.charSize = LXC_CHAR_SIZE; // a file without SECT_CHAR_SIZE has bytes
+    fc.simpleSuffixes = fc.extSuffixes = nullptr;
+    fc.nSimpleSuffixes = fc.nExtSuffixes = 0;
+    fc.simpleText = fc.extText = nullptr;
+    fc.packedKeys = nullptr;
+    fc.oldestLoaded = fc.newestLoaded = nullptr;
+    std::memset(&fc.segPool, 0, sizeof fc.segPool);
+
+    uchar magic[LXC_MAGIC_SZ];
+    if (PORT_Read(fid, magic, sizeof magic) != sizeof magic) {
+        PORT_CloseFile(fid);
+        LX_Diag_Msg("%s: error reading magic number", fc.fileName);
+        return LX_ERR_BAD_FORMAT;
+    }
+    if (LXC_Get32(magic) != FCLEX_FILE_MAGIC) {
+        PORT_CloseFile(fid);
+        LX_Diag_Msg("%s: magic number 0x%lx != 0x%lx", fc.fileName, static_cast<unsigned long>(LXC_Get32(magic)),
+                    static_cast<unsigned long>(FCLEX_FILE_MAGIC));
+        return LX_ERR_BAD_FORMAT;
+    }
+    if (Sma_Init(&fc.segPool, sizeof(FCSegment), kSegsPerBlock) != 0) {
+        PORT_CloseFile(fid);
+        return out_of_memory(fc);
+    }
+    const int16_t r = read_sections(fid, lex);
+    PORT_CloseFile(fid);
+    if (r < 0) {
+        LX_FCLex_Reset(lex);
+        return r;
+    }
+
+    fc.budget = fc.budgetLeft = budget;
+    fc.useClock = 0;
+    if (budget > 0) {
+        for (int32_t i = 0; i < fc.nSegments; ++i) {
+            const FCSegment *seg = fc.segIndex[i];
+            if (seg->size > static_cast<uint32_t>(budget)) {
+                LX_Diag_Msg("%s: segment size %lu > budget %lu", fc.fileName, static_cast<unsigned long>(seg->size),
+                            static_cast<unsigned long>(budget));
+                LX_FCLex_Reset(lex);
+                return LX_ERR_NO_MEMORY;
+            }
+        }
+    }
+    fc.magic = FCLEX_MAGIC;
+    return 0;
+}
+
+int16_t FCLex_ReadSuffixes(PortFile *fid, uint32_t length, LX_Lexicon *lex) {
+    LX_ASSERT(PORT_IS_VALID_FILE_ID(fid));
+    LX_ASSERT(lex != NULL);
+    LX_FCLex &fc = lex->fc;
+    uint64_t used = 0;
+    int16_t r = read_table(fid, fc, length, &used, &fc.simpleText, &fc.simpleSuffixes, &fc.nSimpleSuffixes);
+    if (r < 0) return r;
+    return read_table(fid, fc, length, &used, &fc.extText, &fc.extSuffixes, &fc.nExtSuffixes);
+}
+
+int16_t FCLex_ReadIndex(PortFile *fid, uint32_t length, LX_Lexicon *lex) {
+    LX_ASSERT(PORT_IS_VALID_FILE_ID(fid));
+    LX_ASSERT(lex != NULL);
+    LX_FCLex &fc = lex->fc;
+    if (length < LXC_INDEX_HEAD_SZ) return invalid(fc);
+    if (length > bytes_left(fid)) return read_error(fc);
+    uchar *buffer = static_cast<uchar *>(LX_MEM_ALLOC(length));
+    if (buffer == nullptr) return out_of_memory(fc);
+    // One way out, which frees the working buffer.
+    auto done = [buffer](int16_t r) {
+        LX_MEM_FREE(buffer);
+        return r;
+    };
+    if (PORT_Read(fid, buffer, length) != length) return done(read_error(fc));
+    const uint32_t n = LXC_Get32(buffer);
+    if (n > static_cast<uint32_t>(MAX_SEGMENTS)) {
+        LX_Diag_Msg("%s: too many segments (%hu)", fc.fileName, static_cast<unsigned short>(n));
+        return done(LX_ERR_NO_MEMORY);
+    }
+    if (LXC_INDEX_HEAD_SZ + static_cast<uint64_t>(LXC_INDEX_ENTRY_SZ) * n > length) return done(invalid(fc));
+    if (n == 0) return done(0);
+    fc.segIndex = static_cast<FCSegment **>(LX_MEM_ALLOC(sizeof(FCSegment *) * n));
+    fc.packedKeys = static_cast<uint32_t *>(LX_MEM_ALLOC(sizeof(uint32_t) * (kFirstStarts + n)));
+    if (fc.segIndex == nullptr || fc.packedKeys == nullptr) return done(out_of_memory(fc));
+    fc.nSegments = 0;
+    for (uint32_t i = 0; i < n; ++i) {
+        const LXCIndexEntry entry = LXC_GetIndexEntry(buffer + LXC_INDEX_HEAD_SZ + LXC_INDEX_ENTRY_SZ * i);
+        const uint32_t packed = pack_key(entry.key);
+        uint32_t *keys = fc.packedKeys + kFirstStarts;
+        if (!valid_key(entry.key) || (i > 0 && packed <= keys[i - 1])) return done(invalid(fc));
+        auto *seg = static_cast<FCSegment *>(Sma_Alloc(&fc.segPool, sizeof(FCSegment)));
+        if (seg == nullptr) return done(out_of_memory(fc));
+        std::memcpy(seg->key, entry.key, LXC_KEY_SZ);
+        seg->offset = entry.offset;
+        seg->size = entry.size;
+        seg->data = nullptr;
+        seg->lastUse = 0;
+        seg->older = seg->newer = nullptr;
+        seg->beyondEnd = false;
+        fc.segIndex[i] = seg;
+        keys[i] = packed;
+        ++fc.nSegments;
+    }
+    for (uint32_t b = 0, i = 0; b < kFirstStarts; ++b) {
+        while (i < n && fc.packedKeys[kFirstStarts + i] >> 16 < b) ++i;
+        fc.packedKeys[b] = i;
+    }
+    return done(0);
+}
+
+int32_t LX_FCLex_Close(LX_Lexicon *lex) {
+    LX_ASSERT(lex != NULL);
+    LX_FCLex &fc = lex->fc;
+    for (int32_t i = 0; i < fc.nSegments; ++i)
+        if (fc.segIndex[i]->data != nullptr) drop_data(fc.segIndex[i]);
+    fc.oldestLoaded = fc.newestLoaded = nullptr;
+    LX_FCLex_Reset(lex);
+    return 0;
+}
+
+void LX_FCLex_Reset(LX_Lexicon *lex) {
+    LX_ASSERT(lex != NULL);
+    LX_FCLex &fc = lex->fc;
+    LX_MEM_FREE(fc.segIndex);
+    LX_MEM_FREE(fc.packedKeys);
+    Sma_Free(&fc.segPool);
+    LX_MEM_FREE(fc.simpleSuffixes);
+    LX_MEM_FREE(fc.simpleText);
+    LX_MEM_FREE(fc.extSuffixes);
+    LX_MEM_FREE(fc.extText);
+    fc.segIndex = nullptr;
+    fc.packedKeys = nullptr;
+    fc.nSegments = 0;
+    fc.simpleSuffixes = fc.extSuffixes = nullptr;
+    fc.simpleText = fc.extText = nullptr;
+    fc.nSimpleSuffixes = fc.nExtSuffixes = 0;
+    std::memset(&fc.segPool, 0, sizeof fc.segPool);
+}
+
+// ------------------------------------------------------------------ loading
+
+int16_t FCLex_LoadSegment(LX_Lexicon *lex, FCSegment *seg) {
+    LX_ASSERT(lex != NULL);
+    LX_ASSERT(lex->fc.segIndex != NULL);
+    LX_ASSERT(seg != NULL);
+    LX_FCLex &fc = lex->fc;
+    ++fc.useClock;
+    if (seg->data != nullptr) {
+        seg->lastUse = fc.useClock;
+        if (fc.budget > 0 && seg != fc.newestLoaded) {
+            unlink_loaded(fc, seg);
+            link_newest(fc, seg);
+        }
+        return 0;
+    }
+    if (seg->size == 0) return LX_ERR_NOT_FOUND;
+    if (fc.budget > 0) {
+        // The open has made sure that no segment is larger than the budget,
+        // so that with nothing in memory there is room.
+        while (fc.budgetLeft < static_cast<int64_t>(seg->size) && fc.oldestLoaded != nullptr) {
+            FCSegment *victim = fc.oldestLoaded;
+            unlink_loaded(fc, victim);
+            drop_data(victim);
+            fc.budgetLeft += static_cast<int32_t>(victim->size);
+        }
+    }
+    PortFile *fid = PORT_OpenFile(fc.fileName, PORT_MODE_READ);
+    if (!PORT_IS_VALID_FILE_ID(fid)) {
+        LX_Diag_Msg("%s: can't open", fc.fileName);
+        return LX_ERR_CANT_CREATE;
+    }
+    // A file may end inside its data section; a segment behind the end
+    // can't be read, and isn't allocated for either, whatever its size.
+    // Other segments are no larger than the file was at the open.
+    // dataStart + offset + size lies below 2^31: the open has checked it.
+    const int32_t position = fc.dataStart + static_cast<int32_t>(seg->offset);
+    if (seg->beyondEnd && position + static_cast<int64_t>(seg->size) > file_size(fid)) {
+        LX_Diag_Msg("%s: read error", fc.fileName);
+        PORT_CloseFile(fid);
+        return LX_ERR_BAD_FORMAT;
+    }
+    seg->data = static_cast<uchar *>(LX_MEM_ALLOC(seg->size));
+    if (seg->data == nullptr) {
+        LX_Diag_Msg("loadSeg: out of memory");
+        PORT_CloseFile(fid);
+        return LX_ERR_NO_MEMORY;
+    }
+    if (PORT_Seek(fid, position, SEEK_SET) != 0) {
+        LX_Diag_Msg("%s: seek error", fc.fileName);
+        drop_data(seg);
+        PORT_CloseFile(fid);
+        return LX_ERR_BAD_FORMAT;
+    }
+    if (PORT_Read(fid, seg->data, seg->size) != seg->size) {
+        LX_Diag_Msg("%s: read error", fc.fileName);
+        drop_data(seg);
+        PORT_CloseFile(fid);
+        return LX_ERR_BAD_FORMAT;
+    }
+    PORT_CloseFile(fid);
+    seg->lastUse = fc.useClock;
+    if (fc.budget > 0) {
+        fc.budgetLeft -= static_cast<int32_t>(seg->size);
+        link_newest(fc, seg);
+    }
+    return 0;
+}
+
+// ------------------------------------------------------------------ lookups
+
+FCSegment *FCLex_FindSegment(const LX_Lexicon *lex, const uchar key[LXC_KEY_SZ]) {
+    const LX_FCLex &fc = lex->fc;
+    const uint32_t packed = pack_key(key);
+    const int32_t i = lower_bound(fc, packed);
+    return i < fc.nSegments && keys_of(fc)[i] == packed ? fc.segIndex[i] : nullptr;
+}
+
+int32_t FCLex_CompareSegs(const void *seg1, const void *seg2) {
+    LX_ASSERT(seg1 != NULL);
+    LX_ASSERT(seg2 != NULL);
+    const FCSegment *a = *static_cast<const FCSegment *const *>(seg1);
+    const FCSegment *b = *static_cast<const FCSegment *const *>(seg2);
+    LX_ASSERT_TEXT(a != NULL, "*seg1 != NULL");
+    LX_ASSERT_TEXT(b != NULL, "*seg2 != NULL");
+    return LXC_CompareKeys(a->key, b->key);
+}
+
+int16_t FCLex_CheckSegment(LX_Lexicon *lex, FCSegment *seg, const char *word, int16_t caseSensitive) {
+    if (word[0] == '\0' || word[1] == '\0' || word[2] == '\0') return 1; // the key is the word
+    const int16_t r = FCLex_LoadSegment(lex, seg);
+    if (r < 0) return r;
+    const LX_FCLex &fc = lex->fc;
+    const MCSegment mseg = mc_segment(seg);
+    const MCSuffixTable simple = simple_table(fc), ext = ext_table(fc);
+    if (caseSensitive != 0) return MCLex_Scan(&mseg, fc.charSize, &simple, &ext, word, nullptr, nullptr) == 1;
+    return MCLex_FindNoCase(&mseg, &simple, &ext, word) == 1;
+}
+
+int16_t LX_FCLex_FindWord(LX_Lexicon *lex, const char *word, int16_t caseSensitive, char *otherWord,
+                          int32_t otherWordSize) {
+    check_open(lex);
+    LX_ASSERT(word != NULL);
+    (void)otherWord;
+    (void)otherWordSize;
+    uchar key[LXC_KEY_SZ];
+    LXC_MakeKey(word, key);
+    if (caseSensitive != 0) {
+        FCSegment *seg = FCLex_FindSegment(lex, key);
+        return seg != nullptr && FCLex_CheckSegment(lex, seg, word, 1) == 1 ? LX_ACT_IGNORE : LX_ERR_NOT_FOUND;
+    }
+    // The index holds the first three bytes as they are: try them in every
+    // combination of case, all lower first, bit i of the mask making
+    // position i a capital. Each variant is made from the one before.
+    for (uint32_t mask = 0; mask < 8; ++mask) {
+        for (uint32_t i = 0; i < LXC_KEY_SZ; ++i)
+            key[i] = (mask >> i & 1) ? lx_to_upper(key[i]) : lx_to_lower(key[i]);
+        FCSegment *seg = FCLex_FindSegment(lex, key);
+        if (seg != nullptr && FCLex_CheckSegment(lex, seg, word, 0) == 1) return LX_ACT_IGNORE;
+    }
+    return LX_ERR_NOT_FOUND;
+}
+
+int32_t LX_FCLex_FindPattern(LX_Lexicon *lex, const char *pattern, int16_t caseSensitive, SuggSet *matches) {
+    check_open(lex);
+    LX_ASSERT(pattern != NULL);
+    LX_ASSERT(matches != NULL);
+    const LX_FCLex &fc = lex->fc;
+    const MCSuffixTable simple = simple_table(fc), ext = ext_table(fc);
+    const LX_WordComparatorCb cmp = caseSensitive != 0 ? LX_Match_Pattern : LX_Match_PatternNoCase;
+    SuggCollector collector{matches, caseSensitive, cmp};
+    const uchar *p = reinterpret_cast<const uchar *>(pattern);
+    char keyText[LXC_KEY_SZ + 1];
+
+    uchar key[LXC_KEY_SZ];
+    LXC_MakeKey(pattern, key);
+    if (caseSensitive != 0 && key[0] != '?' && key[1] != '?' && key[2] != '?') {
+        // The pattern's first three characters are its key: one segment.
+        FCSegment *seg = FCLex_FindSegment(lex, key);
+        if (seg == nullptr) return 0;
+        if (key[2] == 0) { // a pattern of no wildcard, short enough to be a key
+            key_text(seg, keyText);
+            if (cmp(pattern, keyText) > 0) SuggSet_Add(matches, keyText, 100);
+            return 0;
+        }
+        const int16_t r = FCLex_LoadSegment(lex, seg);
+        if (r < 0) return r;
+        const MCSegment mseg = mc_segment(seg);
+        MCLex_Scan(&mseg, fc.charSize, &simple, &ext, pattern, SuggCollect_Pattern, &collector);
+        return 0;
+    }
+
+    for (int32_t s = 0; s < fc.nSegments; ++s) {
+        FCSegment *seg = fc.segIndex[s];
+        if (seg->key[2] == 0) { // the key is a word of its own
+            key_text(seg, keyText);
+            if (cmp(pattern, keyText) > 0) SuggSet_Add(matches, keyText, 100);
+            continue;
+        }
+        // Position by position, with case respected: a wildcard fits
+        // anything. A pattern shorter than three fails at its terminator.
+        uint32_t i = 0;
+        while (i < LXC_KEY_SZ && (p[i] == seg->key[i] || p[i] == '?')) ++i;
+        if (i == LXC_KEY_SZ) {
+            const int16_t r = FCLex_LoadSegment(lex, seg);
+            if (r < 0) return r;
+            const MCSegment mseg = mc_segment(seg);
+            MCLex_Scan(&mseg, fc.charSize, &simple, &ext, pattern, SuggCollect_Pattern, &collector);
+        } else if (caseSensitive != 0) {
+            // Keys ascend: past the pattern at a place without a wildcard,
+            // no later key can fit.
+            uint32_t j = 0;
+            while (j < LXC_KEY_SZ && seg->key[j] == p[j] && seg->key[j] != 0) ++j;
+            if (j < LXC_KEY_SZ && p[j] != '?' && seg->key[j] > p[j]) return 0;
+        }
+        if (matches->count >= matches->capacity) return 0;
+    }
+    return 0;
+}
+
+int32_t LX_FCLex_FindSimilar(LX_Lexicon *lex, const char *word, int32_t depth,
+                             LX_WordComparatorCb wordComparatorCb, SuggSet *suggestions) {
+    check_open(lex);
+    LX_ASSERT(word != NULL);
+    LX_ASSERT(wordComparatorCb != NULL);
+    LX_ASSERT(suggestions != NULL);
+    const LX_FCLex &fc = lex->fc;
+    const MCSuffixTable simple = simple_table(fc), ext = ext_table(fc);
+    SuggCollector collector{suggestions, 0, wordComparatorCb};
+    char head[LXC_KEY_SZ + 1], keyText[LXC_KEY_SZ + 1];
+    LX_Str_Copy(head, sizeof head, word);
+    for (int32_t s = 0; s < fc.nSegments; ++s) {
+        FCSegment *seg = fc.segIndex[s];
+        key_text(seg, keyText);
+        if (seg->key[2] == 0) {
+            SuggCollect_Similar(word, keyText, &collector);
+            continue;
+        }
+        // The segment's words begin with its key: a key far from the
+        // word's beginning rules them all out.
+        if (static_cast<int16_t>(wordComparatorCb(head, keyText)) < 100 - depth) continue;
+        const int16_t r = FCLex_LoadSegment(lex, seg);
+        if (r < 0) return r;
+        const MCSegment mseg = mc_segment(seg);
+        MCLex_Scan(&mseg, fc.charSize, &simple, &ext, word, SuggCollect_Similar, &collector);
+    }
+    return 0;
+}
+
+namespace {
+
+bool same_base(uchar a, uchar b) { return lx_fold(a) == lx_fold(b) && (a == 0) == (b == 0); }
+
+// True if the two words have the same base form: the same length, and at
+// each place characters of the same base letter (or both without one).
+bool same_base_form(const char *a, const char *b) {
+    const uchar *pa = reinterpret_cast<const uchar *>(a);
+    const uchar *pb = reinterpret_cast<const uchar *>(b);
+    for (;; ++pa, ++pb) {
+        if (!same_base(*pa, *pb)) return false;
+        if (*pa == 0) return true;
+    }
+}
+
+} // namespace
+
+int32_t LX_FCLex_ForEachBaseForm(LX_Lexicon *lex, const char *word, LX_BaseFormVisitor visit, void *ctx) {
+    check_open(lex);
+    LX_ASSERT(word != NULL);
+    const LX_FCLex &fc = lex->fc;
+    uchar want[LXC_KEY_SZ];
+    LXC_MakeKey(word, want);
+    if (want[0] == 0 || LX_Str_Len(word) >= LX_MAX_WORD_SZ) return 0;
+    const MCSuffixTable simple = simple_table(fc), ext = ext_table(fc);
+    char keyText[LXC_KEY_SZ + 1];
+    // The keys of such words begin with a byte of the first letter's base:
+    // for each, the range of keys that begins with it.
+    for (uint32_t c = 1; c < 256; ++c) {
+        if (!same_base(static_cast<uchar>(c), want[0])) continue;
+        const int32_t endAt = lower_bound(fc, (c + 1) << 16);
+        for (int32_t s = lower_bound(fc, c << 16); s < endAt; ++s) {
+            FCSegment *seg = fc.segIndex[s];
+            if (!same_base(seg->key[1], want[1]) || !same_base(seg->key[2], want[2])) continue;
+            if (want[2] == 0) { // the key is the word
+                key_text(seg, keyText);
+                if (!visit(ctx, keyText)) return 0;
+                continue;
+            }
+            // A segment that can't be loaded or decoded holds nothing.
+            if (FCLex_LoadSegment(lex, seg) < 0) continue;
+            const MCSegment mseg = mc_segment(seg);
+            MCDecoder dec;
+            MCLex_DecodeStart(&dec, &mseg, &simple, &ext);
+            while (MCLex_DecodeNext(&dec) == 1)
+                if (same_base_form(dec.curWord, word) && !visit(ctx, dec.curWord)) return 0;
+        }
+    }
+    return 0;
+}

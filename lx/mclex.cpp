@@ -1,0 +1,271 @@
+// mclex.cpp - coding and decoding of a segment's word records.
+//
+// The decoder works in place in curWord: a record rewrites only what lies
+// behind its shared bytes, so a word costs what differs from the word
+// before it. It trusts nothing in the segment: every shared count, code and
+// extended number is checked against the previous tail, the tables and the
+// word buffer before it is acted on, and every byte is read only inside the
+// segment. A record that fails a check ends the pass; nothing is allocated.
+#include "mclex.h"
+
+#include <cstring>
+
+#include "chartab.h"
+
+namespace {
+
+constexpr int32_t kTailStart = static_cast<int32_t>(LXC_KEY_SZ);
+
+// Entries that a record can reach: the simple codes stop at 0x1F and the
+// extended numbers at 254, whatever a table holds beyond them.
+int32_t reachable(const MCSuffixTable *table, int32_t limit) {
+    return table->count < limit ? table->count : limit;
+}
+
+int16_t damaged(MCDecoder *dec, char *out) {
+    *out = '\0';
+    dec->pos = dec->end;
+    return LX_ERR_BAD_FORMAT;
+}
+
+// The number of the first entry equal to rest, or -1.
+int32_t find_entry(const MCSuffixTable *table, int32_t limit, const char *rest) {
+    const int32_t n = reachable(table, limit);
+    for (int32_t i = 0; i < n; ++i) {
+        const char *entry = table->entries[i];
+        if (entry[0] == rest[0] && std::strcmp(entry, rest) == 0) return i;
+    }
+    return -1;
+}
+
+int32_t suffix_length(const MCSuffixTable *table, int32_t i) {
+    return table->lengths != nullptr ? table->lengths[i] : static_cast<int32_t>(std::strlen(table->entries[i]));
+}
+
+// Looks for the tail want among the records of a segment without
+// rebuilding the words. The words before the one sought share with it a
+// prefix of eq bytes and are below it at eq (exact) or differ from it
+// there (noCase). A record that keeps more than eq bytes of the word
+// before it has that same difference, so it is only stepped over; a
+// record that keeps eq bytes or fewer starts with the sought tail's own
+// bytes, so its new bytes are compared with the sought tail from there on.
+// Every record, stepped over or compared, is checked as the decoder checks
+// it, and a damaged one ends the search: the result is that of decoding
+// every word and comparing it whole.
+template <bool NoCase>
+uint16_t find_tail(const MCSegment *seg, const MCSuffixTable *simpleSuffixes, const MCSuffixTable *extSuffixes,
+                   const uchar *want) {
+    const uchar *p = seg->data;
+    const uchar *const end = p + seg->size;
+    const int32_t nSimple = reachable(simpleSuffixes, MAX_SIMPLE_SUFFIXES);
+    const int32_t nExt = reachable(extSuffixes, MAX_EXT_SUFFIXES);
+    auto same = [](uchar a, uchar b) { return NoCase ? lx_to_lower(a) == lx_to_lower(b) : a == b; };
+    int32_t eq = 0;      // see above
+    int32_t tailLen = 0; // of the word before
+    while (p < end) {
+        const int32_t shared = *p++;
+        if (shared > tailLen) return 0;
+        int32_t i = shared;
+        if (shared > eq) {
+            // The word differs from the one sought where the word before
+            // did: only its length is wanted, for the checks.
+            uchar c;
+            for (;;) {
+                if (p >= end) return 0;
+                if ((c = *p++) < LXC_FIRST_LITERAL) break;
+                ++i;
+            }
+            if (c == LXC_CODE_EXT) {
+                if (p >= end || *p >= nExt) return 0;
+                i += suffix_length(extSuffixes, *p++);
+            } else if (c != LXC_CODE_END) {
+                if (c - LXC_CODE_SIMPLE >= nSimple) return 0;
+                i += suffix_length(simpleSuffixes, c - LXC_CODE_SIMPLE);
+            }
+            if (i > LXC_MAX_TAIL_LEN) return 0;
+            tailLen = i;
+            continue;
+        }
+        bool comparing = true;
+        // Takes the byte c at place i of the new tail. False when the
+        // search ends: the tail is too long, or (exact) the word is past
+        // the one sought.
+        auto take = [&](uchar c) {
+            if (i == LXC_MAX_TAIL_LEN) return false;
+            if (comparing && !same(c, want[i])) {
+                if (!NoCase && c > want[i]) return false;
+                comparing = false;
+                eq = i;
+            }
+            ++i;
+            return true;
+        };
+        for (;;) {
+            if (p >= end) return 0;
+            const uchar c = *p++;
+            if (c >= LXC_FIRST_LITERAL) {
+                if (!take(c)) return 0;
+                continue;
+            }
+            if (c == LXC_CODE_END) break;
+            const char *suffix;
+            if (c == LXC_CODE_EXT) {
+                if (p >= end || *p >= nExt) return 0;
+                suffix = extSuffixes->entries[*p++];
+            } else {
+                if (c - LXC_CODE_SIMPLE >= nSimple) return 0;
+                suffix = simpleSuffixes->entries[c - LXC_CODE_SIMPLE];
+            }
+            for (; *suffix != '\0'; ++suffix)
+                if (!take(lx_byte(*suffix))) return 0;
+            break;
+        }
+        if (comparing) {
+            if (want[i] == 0) return 1;
+            eq = i; // the word ends where the one sought goes on
+        }
+        tailLen = i;
+    }
+    return 0;
+}
+
+} // namespace
+
+void MCLex_DecodeStart(MCDecoder *dec, const MCSegment *seg, const MCSuffixTable *simpleSuffixes,
+                       const MCSuffixTable *extSuffixes) {
+    LX_ASSERT(dec != NULL);
+    LX_ASSERT(seg != NULL);
+    LX_ASSERT(simpleSuffixes != NULL);
+    LX_ASSERT(extSuffixes != NULL);
+    LX_ASSERT(seg->data != NULL || seg->size == 0);
+    dec->pos = seg->data;
+    dec->end = seg->data + seg->size;
+    dec->simpleSuffixes = simpleSuffixes;
+    dec->extSuffixes = extSuffixes;
+    dec->shared = 0;
+    dec->tailLen = 0;
+    std::memcpy(dec->curWord, seg->key, LXC_KEY_SZ);
+    dec->curWord[kTailStart] = '\0';
+}
+
+int16_t MCLex_DecodeNext(MCDecoder *dec) {
+    const uchar *p = dec->pos;
+    const uchar *const end = dec->end;
+    if (p >= end) return 0;
+    char *const tail = dec->curWord + kTailStart;
+    char *const limit = tail + LXC_MAX_TAIL_LEN; // where the longest tail's terminator goes
+    const int32_t shared = *p++;
+    if (shared > dec->tailLen) return damaged(dec, tail + dec->tailLen);
+    char *out = tail + shared;
+    const char *suffix = nullptr;
+    for (;;) {
+        if (p >= end) return damaged(dec, out);
+        const uchar c = *p++;
+        if (c >= LXC_FIRST_LITERAL) {
+            if (out == limit) return damaged(dec, out);
+            *out++ = static_cast<char>(c);
+            continue;
+        }
+        if (c == LXC_CODE_END) break;
+        if (c == LXC_CODE_EXT) {
+            if (p >= end) return damaged(dec, out);
+            const int32_t x = *p++;
+            if (x >= reachable(dec->extSuffixes, MAX_EXT_SUFFIXES)) return damaged(dec, out);
+            suffix = dec->extSuffixes->entries[x];
+        } else {
+            const int32_t i = c - LXC_CODE_SIMPLE;
+            if (i >= reachable(dec->simpleSuffixes, MAX_SIMPLE_SUFFIXES)) return damaged(dec, out);
+            suffix = dec->simpleSuffixes->entries[i];
+        }
+        for (; *suffix != '\0'; ++suffix) {
+            if (out == limit) return damaged(dec, out);
+            *out++ = *suffix;
+        }
+        break;
+    }
+    *out = '\0';
+    dec->shared = shared;
+    dec->tailLen = static_cast<int32_t>(out - tail);
+    dec->pos = p;
+    return 1;
+}
+
+uint16_t MCLex_Scan(const MCSegment *seg, uint16_t charSize, const MCSuffixTable *simpleSuffixes,
+                    const MCSuffixTable *extSuffixes, const char *keyWord, MCWordCb cb, void *data) {
+    LX_ASSERT(simpleSuffixes != NULL);
+    LX_ASSERT(extSuffixes != NULL);
+    LX_ASSERT(seg != NULL);
+    LX_ASSERT(seg->data != NULL);
+    LX_ASSERT(keyWord != NULL);
+    if (charSize != LXC_CHAR_SIZE || seg->size == 0) return 0;
+    if (cb != nullptr) {
+        MCDecoder dec;
+        MCLex_DecodeStart(&dec, seg, simpleSuffixes, extSuffixes);
+        while (MCLex_DecodeNext(&dec) == 1) {
+            const int32_t r = cb(keyWord, dec.curWord, data);
+            if (r == 0) return 1;
+            if (r < 0) return 0;
+        }
+        return 0;
+    }
+
+    const char *key = reinterpret_cast<const char *>(seg->key);
+    LX_ASSERT_TEXT(keyWord[0] == key[0] && keyWord[1] == key[1] && keyWord[2] == key[2],
+                   "keyWord[0] == curWord[0] && keyWord[1] == curWord[1] && keyWord[2] == curWord[2]");
+    // A word of fewer than three bytes has an empty tail.
+    const char *want = keyWord[2] != '\0' ? keyWord + kTailStart : "";
+    return find_tail<false>(seg, simpleSuffixes, extSuffixes, reinterpret_cast<const uchar *>(want));
+}
+
+uint16_t MCLex_FindNoCase(const MCSegment *seg, const MCSuffixTable *simpleSuffixes,
+                          const MCSuffixTable *extSuffixes, const char *word) {
+    LX_ASSERT(seg != NULL);
+    LX_ASSERT(word != NULL);
+    const uchar *w = reinterpret_cast<const uchar *>(word);
+    // Every word of the segment begins with the key: if the key differs
+    // from the word's beginning, no word of the segment is the word. A
+    // word shorter than the key ends where the key has a byte (or both
+    // have zeros, and the word is the key).
+    for (uint32_t i = 0; i < LXC_KEY_SZ; ++i) {
+        if (lx_to_lower(seg->key[i]) != lx_to_lower(w[i])) return 0;
+        if (w[i] == 0) return 1; // the key is the whole word: no record to decode
+    }
+    return find_tail<true>(seg, simpleSuffixes, extSuffixes, w + kTailStart);
+}
+
+int32_t MCLex_EncodeWord(const char *tail, const char *prevTail, const MCSuffixTable *simpleSuffixes,
+                         const MCSuffixTable *extSuffixes, uchar *out) {
+    LX_ASSERT(tail != NULL);
+    LX_ASSERT(prevTail != NULL);
+    LX_ASSERT(simpleSuffixes != NULL);
+    LX_ASSERT(extSuffixes != NULL);
+    LX_ASSERT(out != NULL);
+    int32_t len = 0;
+    for (; tail[len] != '\0'; ++len)
+        if (len == LXC_MAX_TAIL_LEN || lx_byte(tail[len]) < LXC_FIRST_LITERAL) return LX_ERR_INVALID_WORD;
+
+    int32_t shared = 0;
+    while (shared < len && tail[shared] == prevTail[shared]) ++shared;
+    int32_t n = 0;
+    out[n++] = static_cast<uchar>(shared);
+    // From each position on, the whole rest is compared with the entries:
+    // the first position whose rest is an entry gives the longest ending
+    // that either table holds.
+    for (int32_t pos = shared; pos < len; ++pos) {
+        const char *rest = tail + pos;
+        const int32_t s = find_entry(simpleSuffixes, MAX_SIMPLE_SUFFIXES, rest);
+        if (s >= 0) {
+            out[n++] = static_cast<uchar>(LXC_CODE_SIMPLE + s);
+            return n;
+        }
+        const int32_t x = find_entry(extSuffixes, MAX_EXT_SUFFIXES, rest);
+        if (x >= 0) {
+            out[n++] = LXC_CODE_EXT;
+            out[n++] = static_cast<uchar>(x);
+            return n;
+        }
+        out[n++] = lx_byte(*rest);
+    }
+    out[n++] = LXC_CODE_END;
+    return n;
+}
