@@ -12,7 +12,9 @@
 // automatic, and the state of a walk is the cursor alone.
 #include "check.h"
 
+#include <algorithm>
 #include <cstdlib>
+#include <cstring>
 
 #include "chartab.h"
 #include "clex.h"
@@ -42,17 +44,36 @@ bool mail_test(const uchar *t, int32_t at) {
     return is_name_char(t[at - 1]) && is_name_char(t[at + 1]);
 }
 
+// The answer of the underscore test for every '_' in [from, to): the look-
+// ahead of each of them ends at the same byte, `to`. In a long run such as
+// "a_a_a_..." every underscore would otherwise look ahead to the run's end
+// again, which makes a walk over the run quadratic; with the answer kept
+// for the length of a walk, each byte is looked at once.
+struct UnderscoreCache {
+    int32_t from = 0;
+    int32_t to = 0;
+    bool yes = false;
+};
+
 // Underscore test for a '_' at text[at]: looking ahead over name
 // characters, full stops and '@', an '@' or a full stop between two name
 // characters says yes.
-bool underscore_test(const uchar *t, int32_t at) {
+bool underscore_test(const uchar *t, int32_t at, UnderscoreCache &cache) {
+    if (at >= cache.from && at < cache.to) return cache.yes;
     for (int32_t i = at + 1;; ++i) {
         uchar c = t[i];
-        if (c == '@') return true;
-        if (c == '.') {
-            if (is_name_char(t[i - 1]) && is_name_char(t[i + 1])) return true;
-        } else if (!is_name_char(c)) {
-            return false;
+        bool end = true, yes = false;
+        if (c == '@') {
+            yes = true;
+        } else if (c == '.') {
+            yes = is_name_char(t[i - 1]) && is_name_char(t[i + 1]);
+            end = yes;
+        } else {
+            end = !is_name_char(c);
+        }
+        if (end) {
+            cache = {at, i, yes};
+            return yes;
         }
     }
 }
@@ -118,7 +139,7 @@ namespace {
 
 // LX_ExtractWord, giving the length of the stored word as well.
 int32_t extract_word(const char *text, int32_t cursor, uint32_t options, char *word, int32_t wordSz,
-                     int32_t *length) {
+                     int32_t *length, UnderscoreCache &underscores) {
     int32_t start = LX_SkipToWord(text, cursor, options);
     const uchar *t = bytes(text);
     if (start < 0 || t[start] == 0) return LX_ERR_NOT_FOUND;
@@ -168,7 +189,7 @@ int32_t extract_word(const char *text, int32_t cursor, uint32_t options, char *w
         } else if ((c == '%' || c == '&' || c == '+' || c == '=' || c == '?') && addresses) {
             take = dots > 0;
         } else if (c == '_' && addresses) {
-            take = underscore_test(t, i);
+            take = underscore_test(t, i, underscores);
         } else {
             take = lx_is_alnum(c) || c == '\'';
         }
@@ -204,7 +225,8 @@ int32_t LX_ExtractWord(const char *text, int32_t cursor, uint32_t options, char 
     LX_ASSERT(text != NULL);
     LX_ASSERT(word != NULL);
     int32_t length;
-    return extract_word(text, cursor, options, word, wordSz, &length);
+    UnderscoreCache underscores;
+    return extract_word(text, cursor, options, word, wordSz, &length, underscores);
 }
 
 void LX_PrevTextWord(const char *text, int32_t cursor, uint32_t options, char *word, int32_t wordSz) {
@@ -215,23 +237,35 @@ void LX_PrevTextWord(const char *text, int32_t cursor, uint32_t options, char *w
     int32_t i = cursor - 1;
     while (i >= 0 && lx_is_space(t[i])) --i;
     if (i <= 0) return;
+    const int32_t limit = i > LX_PREV_WORD_REACH ? i - LX_PREV_WORD_REACH : 0;
     while (i > 0) {
         uchar c = t[i - 1];
         if (!(lx_is_alnum(c) || c == '\'' || c == '.' || c == '-')) break;
+        if (i == limit) return; // a run too long to be a word before: none
         --i;
     }
     LX_ExtractWord(text, i, options, word, wordSz);
 }
 
+namespace {
+
+int32_t next_text_word(const char *text, int32_t cursor, uint32_t options, UnderscoreCache &underscores) {
+    char local[LX_MAX_WORD_SZ];
+    int32_t length;
+    int32_t start = extract_word(text, cursor, options, local, sizeof local, &length, underscores);
+    if (start < 0) return start;
+    int32_t next = LX_SkipToWord(text, start + length, options);
+    if (next >= 0 && text[next] != '\0') return next;
+    return LX_ERR_NOT_FOUND;
+}
+
+} // namespace
+
 extern "C" LX_API int32_t LX_NextTextWord(const char *text, int32_t cursor, uint32_t options) {
     LX_ASSERT(text != NULL);
     LX_ASSERT(cursor >= 0);
-    char local[LX_MAX_WORD_SZ];
-    int32_t start = LX_ExtractWord(text, cursor, options, local, sizeof local);
-    if (start < 0) return start;
-    int32_t next = LX_SkipToWord(text, start + LX_Str_Len(local), options);
-    if (next >= 0 && text[next] != '\0') return next;
-    return LX_ERR_NOT_FOUND;
+    UnderscoreCache underscores;
+    return next_text_word(text, cursor, options, underscores);
 }
 
 // --------------------------------------------------------------- rule chain
@@ -346,34 +380,65 @@ int16_t LX_FindInLexicons(const char *candidate, const char *caseWord, LX_Lexico
 
 namespace {
 
-// What the rule chain shares while it judges one word of the text, through
-// all its recursive calls.
+// ------------------------------------------------------- run-together memo
 //
-// - accentBudget: what the accent searches of the whole word may still
-//   spend (see LX_ACCENT_SEARCH_BUDGET).
-// - memo: verdicts of the run-together rule's calls on the rest of a word.
-//   The same rest is asked about again and again as the rule tries every
-//   division of every rest; remembering the verdicts keeps the work
-//   polynomial in the word's length instead of exponential. The memo lives
-//   on the stack of the outermost run-together rule.
+// The run-together rule asks about the same pieces of a word again and
+// again: every division of the word, then every division of each rest, and
+// the pieces that the split rule cuts out of them. Every string it asks
+// about is a stretch of the word that the outermost run-together rule
+// divides (normalising only cuts the end off), so the outermost rule keeps
+// a table of verdicts by stretch: start and end in that word. Each stretch
+// is judged at most once with the option on and once with it off, which
+// keeps the work polynomial in the word's length whatever the lexicons
+// accept. The table lives on the stack of the outermost rule.
+struct Span {
+    int32_t start = -1; // -1: not known to be a stretch of the memo's word
+    int32_t end = -1;
+    bool known() const { return start >= 0; }
+};
+
 struct RunMemo {
-    static constexpr int32_t kSize = 96;
-    int32_t count;
-    struct {
-        char text[LX_MAX_WORD_SZ];
-        int16_t result;
-    } entries[kSize];
+    static constexpr uint8_t kUnknown = 0xFF; // verdicts are below 64
+    char origin[LX_MAX_WORD_SZ];
+    int32_t originLen;
+    uint8_t rest[LX_MAX_WORD_SZ][LX_MAX_WORD_SZ];  // with the option on
+    uint8_t piece[LX_MAX_WORD_SZ][LX_MAX_WORD_SZ]; // with the option off
 };
 
 struct CheckContext {
-    int32_t accentBudget = LX_ACCENT_SEARCH_BUDGET;
     RunMemo *memo = nullptr;
 };
 
+// Where text stands in the memo's word: derived from the span of the
+// string it was cut from, or else looked for.
+Span locate(const CheckContext &ctx, const char *text, Span hint) {
+    if (hint.known()) return hint;
+    if (ctx.memo == nullptr) return {};
+    const int32_t n = LX_Str_Len(text);
+    const RunMemo &m = *ctx.memo;
+    for (int32_t at = 0; at + n <= m.originLen; ++at)
+        if (std::memcmp(m.origin + at, text, static_cast<size_t>(n)) == 0) return {at, at + n};
+    return {};
+}
+
 int16_t check_word(CheckContext &ctx, const char *word, LX_Lexicon *const *lexicons, uint32_t options,
-                   char *repl, int32_t replSz, int32_t *offset);
-int16_t lookup_word(CheckContext &ctx, const char *word, LX_Lexicon *const *lexicons, uint32_t options,
-                    char *repl, int32_t replSz);
+                   char *repl, int32_t replSz, int32_t *offset, Span span);
+int16_t lookup_word(const char *word, LX_Lexicon *const *lexicons, uint32_t options, char *repl,
+                    int32_t replSz);
+
+// A verdict of the chain on a stretch without a replacement, remembered in
+// the memo when the stretch is known.
+int16_t memo_check(CheckContext &ctx, uint8_t (*table)[LX_MAX_WORD_SZ], const char *text,
+                   LX_Lexicon *const *lexicons, uint32_t options, Span span) {
+    int32_t scratch = 0;
+    if (!span.known()) return check_word(ctx, text, lexicons, options, nullptr, 0, &scratch, span);
+    uint8_t &slot = table[span.start][span.end];
+    if (slot == RunMemo::kUnknown)
+        slot = static_cast<uint8_t>(check_word(ctx, text, lexicons, options, nullptr, 0, &scratch, span));
+    return slot;
+}
+
+// ----------------------------------------------------------------- lookups
 
 // The plain lookups of a word: as it stands, with a lower-case first letter,
 // and (for a word in capitals) regardless of case. Gives the action found,
@@ -395,135 +460,191 @@ int16_t plain_lookup(const char *word, LX_Lexicon *const *lexicons, uint32_t opt
     return LX_FindInLexicons(word, word, lexicons, options & ~LX_OPT_CASE_SENSITIVE, repl, replSz);
 }
 
-// One trial of the accent search: the plain lookups of a candidate with
-// accented capitals taken as significant.
-bool accent_trial(CheckContext &ctx, const char *candidate, LX_Lexicon *const *lexicons, uint32_t options,
-                  char *repl, int32_t replSz, int16_t *result) {
-    int16_t r = lookup_word(ctx, candidate, lexicons, options | LX_OPT_ACCENTED_CAPITALS, repl, replSz);
-    if (r & LX_RES_MISSPELLED) return false;
-    *result = r;
+// ------------------------------------------------------------ accent search
+//
+// The search tries other forms of a word's capitals in a fixed order, as a
+// counter whose lowest digit is place 0. At each place it tries the word's
+// own character first, then, rising in code, the other characters of the
+// same base letter: in capitals only when the whole word is in capitals
+// (then every place varies), in either case when only the first letter is
+// a capital (then only place 0 varies). A trial is the plain lookups of
+// the form with accents on capitals taken as significant, and the first
+// trial that isn't misspelled gives the result.
+//
+// Any form the search tries has the word's base form, and a lookup finds a
+// held word only if the form equals it but for case. So instead of
+// stepping through every form (their number is the product of the forms
+// of each letter: over a thousand million for twenty letters), the search
+// asks the lexicons for the words they hold with that base form, works out
+// which forms could find each of them, and makes just those trials, in
+// the counter's order. Every trial it leaves out would have found nothing,
+// so the result, and what a trial writes into repl, are those of the full
+// search.
+struct AccentSearch {
+    const uchar *word;
+    int32_t n;
+    bool allCapitals;
+    const uchar *after;         // the last trial made; the word itself at first
+    uchar next[LX_MAX_WORD_SZ]; // the first trial after it that may succeed
+    bool found;
+};
+
+// True if trial a comes before trial b. At every place the word's own
+// character is the lowest in code of those tried, so bytes compare as the
+// counter's digits do.
+bool trial_before(const AccentSearch &s, const uchar *a, const uchar *b) {
+    for (int32_t i = s.n - 1; i >= 0; --i)
+        if (a[i] != b[i]) return a[i] < b[i];
+    return false;
+}
+
+// The characters the search tries at place i that a lookup could take for
+// the held character h (equal to it but for case), in rising order.
+int32_t forms_at(const AccentSearch &s, int32_t i, uchar h, uchar out[3]) {
+    const uchar own = s.word[i];
+    const uchar lower = lx_to_lower(h);
+    const bool varies = s.allCapitals || i == 0;
+    uchar cand[3] = {h, lower, static_cast<uchar>(lower - 32)};
+    int32_t n = 0;
+    for (uchar c : cand) {
+        if (lx_to_lower(c) != lower) continue;
+        bool tried = c == own ||
+                     (varies && c > own && lx_fold(c) == lx_fold(own) && !(s.allCapitals && lx_is_lower(c)));
+        if (!tried) continue;
+        bool dup = false;
+        for (int32_t k = 0; k < n; ++k) dup |= out[k] == c;
+        if (!dup) out[n++] = c;
+    }
+    std::sort(out, out + n);
+    return n;
+}
+
+// Takes note of the first trial after s.after that could find held.
+bool visit_held(void *ctx, const char *held) {
+    AccentSearch &s = *static_cast<AccentSearch *>(ctx);
+    const uchar *h = bytes(held);
+    uchar forms[LX_MAX_WORD_SZ][3];
+    int32_t count[LX_MAX_WORD_SZ];
+    for (int32_t i = 0; i < s.n; ++i) {
+        if (h[i] == 0) return true; // shorter: no form of the word finds it
+        count[i] = forms_at(s, i, h[i], forms[i]);
+        if (count[i] == 0) return true;
+    }
+    if (h[s.n] != 0) return true;
+
+    // The smallest trial above s.after among these forms: it keeps the
+    // places above some place j as they are in s.after, puts there the
+    // next higher form, and the lowest forms below. The lowest j that
+    // allows that gives the smallest trial.
+    uchar trial[LX_MAX_WORD_SZ];
+    // keep[i]: every place from i up can keep the character of s.after
+    bool keep[LX_MAX_WORD_SZ + 1];
+    keep[s.n] = true;
+    for (int32_t i = s.n - 1; i >= 0; --i) {
+        bool has = false;
+        for (int32_t k = 0; k < count[i]; ++k) has |= forms[i][k] == s.after[i];
+        keep[i] = keep[i + 1] && has;
+    }
+    for (int32_t j = 0; j < s.n; ++j) {
+        if (!keep[j + 1]) continue;
+        int32_t k = 0;
+        while (k < count[j] && forms[j][k] <= s.after[j]) ++k;
+        if (k == count[j]) continue;
+        for (int32_t i = 0; i < j; ++i) trial[i] = forms[i][0];
+        trial[j] = forms[j][k];
+        for (int32_t i = j + 1; i < s.n; ++i) trial[i] = s.after[i];
+        trial[s.n] = 0;
+        if (!s.found || trial_before(s, trial, s.next)) {
+            std::memcpy(s.next, trial, static_cast<size_t>(s.n) + 1);
+            s.found = true;
+        }
+        return true;
+    }
     return true;
 }
 
-// The next form of a capital at one position of the search, or 0.
-uchar next_capital_form(uchar base, uchar current) {
-    for (uchar c = LX_Char_NextVariant(base, current); c != 0; c = LX_Char_NextVariant(base, c))
-        if (!lx_is_lower(c)) return c;
-    return 0;
-}
-
-// True if some lexicon of the list may hold a form of word that differs
-// from it only in accents or case.
-bool any_may_hold_base_form(const char *word, LX_Lexicon *const *lexicons, int32_t *nLexicons) {
-    const uint32_t baseHash = LX_BaseFormHash(word);
-    bool any = false;
-    int32_t n = 0;
-    for (LX_Lexicon *const *lex = lexicons; *lex != nullptr; ++lex, ++n)
-        if (!any && LX_Lexicon_MayHoldBaseForm(*lex, baseHash)) any = true;
-    *nLexicons = n;
-    return any;
-}
-
-int16_t accent_search(CheckContext &ctx, const char *word, LX_Lexicon *const *lexicons, uint32_t options,
-                      char *repl, int32_t replSz) {
+int16_t accent_search(const char *word, LX_Lexicon *const *lexicons, uint32_t options, char *repl,
+                      int32_t replSz) {
     const uchar *w = bytes(word);
-    const bool allCapitals = [w] {
-        for (const uchar *p = w; *p; ++p)
-            if (!lx_is_upper(*p)) return false;
-        return true;
-    }();
-    if (!allCapitals && !lx_is_upper(w[0])) return LX_RES_MISSPELLED;
+    AccentSearch s{w, LX_Str_Len(word), true, w, {}, false};
+    for (const uchar *p = w; *p; ++p)
+        if (!lx_is_upper(*p)) s.allCapitals = false;
+    if (!s.allCapitals && !lx_is_upper(w[0])) return LX_RES_MISSPELLED;
 
-    // Every trial has the base form of the word: if no lexicon can hold
-    // that, no trial can succeed.
-    int32_t nLexicons = 0;
-    if (!any_may_hold_base_form(word, lexicons, &nLexicons)) return LX_RES_MISSPELLED;
-
-    char trial[LX_MAX_WORD_SZ];
-    LX_Str_Copy(trial, sizeof trial, word);
-    uchar *t = reinterpret_cast<uchar *>(trial);
-    int16_t result = 0;
-
-    // The first trial of either search is the word itself, whose lookups
-    // have just failed; the search starts with the second.
-    if (allCapitals) {
-        const int32_t n = LX_Str_Len(word);
-        const int32_t trialCost = 3 * (nLexicons > 0 ? nLexicons : 1) * (n + 8);
-        for (; ctx.accentBudget >= trialCost; ctx.accentBudget -= trialCost) {
-            // Step the counter: position 0 is the lowest digit.
-            int32_t pos = 0;
-            for (; pos < n; ++pos) {
-                uchar next = next_capital_form(lx_fold(w[pos]), t[pos]);
-                if (next != 0) {
-                    t[pos] = next;
-                    break;
-                }
-                t[pos] = w[pos];
-            }
-            if (pos == n) return LX_RES_MISSPELLED;
-            if (accent_trial(ctx, trial, lexicons, options, repl, replSz, &result)) return result;
-        }
-        return LX_RES_MISSPELLED;
+    // The first trial is the word itself, whose lookups have just failed.
+    uchar last[LX_MAX_WORD_SZ];
+    std::memcpy(last, w, static_cast<size_t>(s.n) + 1);
+    for (;;) {
+        s.after = last;
+        s.found = false;
+        for (LX_Lexicon *const *lex = lexicons; *lex != nullptr; ++lex)
+            LX_Lexicon_ForEachBaseForm(*lex, word, visit_held, &s);
+        if (!s.found) return LX_RES_MISSPELLED;
+        std::memcpy(last, s.next, static_cast<size_t>(s.n) + 1);
+        int16_t r = lookup_word(reinterpret_cast<const char *>(last), lexicons,
+                                options | LX_OPT_ACCENTED_CAPITALS, repl, replSz);
+        if (!(r & LX_RES_MISSPELLED)) return r;
     }
-    const uchar base = lx_fold(w[0]);
-    for (uchar c = LX_Char_NextVariant(base, w[0]); c != 0; c = LX_Char_NextVariant(base, c)) {
-        t[0] = c;
-        if (accent_trial(ctx, trial, lexicons, options, repl, replSz, &result)) return result;
-    }
-    return LX_RES_MISSPELLED;
 }
 
-int16_t lookup_word(CheckContext &ctx, const char *word, LX_Lexicon *const *lexicons, uint32_t options,
-                    char *repl, int32_t replSz) {
+int16_t lookup_word(const char *word, LX_Lexicon *const *lexicons, uint32_t options, char *repl,
+                    int32_t replSz) {
     int16_t action = plain_lookup(word, lexicons, options, repl, replSz);
     if (action > 0) return LX_ActionResult(action);
     if (options & LX_OPT_ACCENTED_CAPITALS) return LX_RES_MISSPELLED;
-    return accent_search(ctx, word, lexicons, options, repl, replSz);
+    return accent_search(word, lexicons, options, repl, replSz);
 }
 
-// The verdict of the whole rule chain on the rest of a word, with the
-// run-together option on, remembered in the memo.
-int16_t check_rest(CheckContext &ctx, const char *rest, LX_Lexicon *const *lexicons, uint32_t options) {
-    RunMemo &memo = *ctx.memo;
-    for (int32_t i = 0; i < memo.count; ++i)
-        if (LX_Str_Cmp(memo.entries[i].text, rest) == 0) return memo.entries[i].result;
-    int32_t scratch = 0;
-    int16_t r = check_word(ctx, rest, lexicons, options, nullptr, 0, &scratch);
-    if (memo.count < RunMemo::kSize) {
-        LX_Str_Copy(memo.entries[memo.count].text, LX_MAX_WORD_SZ, rest);
-        memo.entries[memo.count++].result = r;
-    }
-    return r;
-}
+// ------------------------------------------------------------------- rules
 
-void run_together_rule(CheckContext &ctx, const char *norm, LX_Lexicon *const *lexicons, uint32_t options,
-                       int16_t &result) {
-    RunMemo local;
-    const bool outermost = ctx.memo == nullptr;
-    if (outermost) {
-        local.count = 0;
-        ctx.memo = &local;
-    }
+void run_together_divisions(CheckContext &ctx, const char *norm, Span span, LX_Lexicon *const *lexicons,
+                            uint32_t options, int16_t &result) {
     const int32_t limit = LX_Str_Len(norm) - 2;
     char piece[LX_MAX_WORD_SZ];
     for (int32_t k = 2; k <= limit; ++k) {
         LX_Str_CopyN(piece, sizeof piece, norm, k);
-        int32_t scratch = 0;
-        if (check_word(ctx, piece, lexicons, options & ~LX_OPT_SPLIT_RUN_TOGETHER, nullptr, 0, &scratch) != 0)
+        const Span left = span.known() ? Span{span.start, span.start + k} : Span{};
+        const Span right = span.known() ? Span{span.start + k, span.end} : Span{};
+        if (memo_check(ctx, ctx.memo->piece, piece, lexicons, options & ~LX_OPT_SPLIT_RUN_TOGETHER, left) != 0)
             continue;
-        if (check_rest(ctx, norm + k, lexicons, options) != 0) continue;
+        if (memo_check(ctx, ctx.memo->rest, norm + k, lexicons, options, right) != 0) continue;
         result &= ~LX_RES_MISSPELLED;
         break;
     }
-    if (outermost) ctx.memo = nullptr;
 }
 
-void split_rule(CheckContext &ctx, const char *norm, LX_Lexicon *const *lexicons, uint32_t options,
-                char *repl, int32_t replSz, int32_t *offset, int16_t &result) {
+// The outermost run-together rule of a word owns the memo; the rules
+// nested in it share that memo and keep their frames small.
+__attribute__((noinline)) void run_together_outermost(CheckContext &ctx, const char *norm,
+                                                      LX_Lexicon *const *lexicons, uint32_t options,
+                                                      int16_t &result) {
+    RunMemo memo;
+    LX_Str_Copy(memo.origin, sizeof memo.origin, norm);
+    memo.originLen = LX_Str_Len(memo.origin);
+    std::memset(memo.rest, RunMemo::kUnknown, sizeof memo.rest);
+    std::memset(memo.piece, RunMemo::kUnknown, sizeof memo.piece);
+    ctx.memo = &memo;
+    run_together_divisions(ctx, norm, Span{0, memo.originLen}, lexicons, options, result);
+    ctx.memo = nullptr;
+}
+
+void run_together_rule(CheckContext &ctx, const char *norm, Span span, LX_Lexicon *const *lexicons,
+                       uint32_t options, int16_t &result) {
+    if (ctx.memo == nullptr)
+        run_together_outermost(ctx, norm, lexicons, options, result);
+    else
+        run_together_divisions(ctx, norm, locate(ctx, norm, span), lexicons, options, result);
+}
+
+void split_rule(CheckContext &ctx, const char *norm, Span span, LX_Lexicon *const *lexicons,
+                uint32_t options, char *repl, int32_t replSz, int32_t *offset, int16_t &result) {
     char piece[LX_MAX_WORD_SZ], alt[LX_MAX_WORD_SZ];
     const char *right = LX_SplitSubWord(norm, options, piece);
     if (*right == '\0') return;
-    int16_t r = check_word(ctx, piece, lexicons, options, alt, sizeof alt, nullptr);
+    const int32_t sub0 = static_cast<int32_t>(right - norm);
+    const Span left = span.known() ? Span{span.start, span.start + LX_Str_Len(piece)} : Span{};
+    const Span rightSpan = span.known() ? Span{span.start + sub0, span.end} : Span{};
+    int16_t r = check_word(ctx, piece, lexicons, options, alt, sizeof alt, nullptr, left);
     if (r != 0) {
         if (r == LX_RES_AUTO_CHANGE || r == LX_RES_COND_CHANGE) {
             result = static_cast<int16_t>((result & ~LX_RES_MISSPELLED) | r);
@@ -531,8 +652,8 @@ void split_rule(CheckContext &ctx, const char *norm, LX_Lexicon *const *lexicons
         }
         return;
     }
-    int32_t sub = static_cast<int32_t>(right - norm);
-    r = check_word(ctx, right, lexicons, options, alt, sizeof alt, &sub);
+    int32_t sub = sub0;
+    r = check_word(ctx, right, lexicons, options, alt, sizeof alt, &sub, rightSpan);
     result &= ~LX_RES_MISSPELLED;
     if (r == 0) return;
     if (offset) *offset += sub;
@@ -582,22 +703,30 @@ void capitalisation_rule(const char *norm, LX_Lexicon *const *lexicons, uint32_t
 }
 
 int16_t check_word(CheckContext &ctx, const char *word, LX_Lexicon *const *lexicons, uint32_t options,
-                   char *repl, int32_t replSz, int32_t *offset) {
+                   char *repl, int32_t replSz, int32_t *offset, Span span) {
     LX_ASSERT(word != NULL);
     // Mixed case is judged on the word before normalisation.
     const bool mixed = (options & LX_OPT_REPORT_MIXED_CASE) && LX_IsMixedCase(word);
     char norm[LX_MAX_WORD_SZ];
-    if (LX_NormaliseWord(word, options, norm) == 0) return 0;
+    const int32_t normLen = LX_NormaliseWord(word, options, norm);
+    if (normLen == 0) return 0;
+    // Normalising keeps a stretch of the memo's word a stretch if it only
+    // cut the end off.
+    if (span.known() && (normLen > span.end - span.start ||
+                         std::memcmp(norm, word, static_cast<size_t>(normLen)) != 0))
+        span = {};
+    else if (span.known())
+        span.end = span.start + normLen;
     if (repl) LX_Str_Copy(repl, replSz, word);
     if (LX_IsIgnoredWord(norm, options)) return 0;
 
     int16_t result = 0;
     if (options & LX_OPT_CHECK_SPELLING) {
-        result = lookup_word(ctx, norm, lexicons, options, repl, replSz);
+        result = lookup_word(norm, lexicons, options, repl, replSz);
         if ((result & LX_RES_MISSPELLED) && (options & LX_OPT_SPLIT_RUN_TOGETHER))
-            run_together_rule(ctx, norm, lexicons, options, result);
+            run_together_rule(ctx, norm, span, lexicons, options, result);
         if ((result & LX_RES_MISSPELLED) && (options & (LX_OPT_SPLIT_AT_HYPHEN | LX_OPT_SPLIT_AT_APOSTROPHE)))
-            split_rule(ctx, norm, lexicons, options, repl, replSz, offset, result);
+            split_rule(ctx, norm, span, lexicons, options, repl, replSz, offset, result);
     }
     if (mixed) {
         result |= LX_RES_MIXED_CASE;
@@ -628,14 +757,13 @@ int16_t check_word(CheckContext &ctx, const char *word, LX_Lexicon *const *lexic
 
 int16_t LX_LookupWord(const char *word, LX_Lexicon *const *lexicons, uint32_t options, char *repl,
                       int32_t replSz) {
-    CheckContext ctx;
-    return lookup_word(ctx, word, lexicons, options, repl, replSz);
+    return lookup_word(word, lexicons, options, repl, replSz);
 }
 
 int16_t LX_CheckWord(const char *word, LX_Lexicon *const *lexicons, uint32_t options, char *repl,
                      int32_t replSz, int32_t *offset) {
     CheckContext ctx;
-    return check_word(ctx, word, lexicons, options, repl, replSz, offset);
+    return check_word(ctx, word, lexicons, options, repl, replSz, offset, Span{});
 }
 
 // ------------------------------------------------------------------- driver
@@ -687,7 +815,8 @@ extern "C" LX_API int32_t LX_CheckText(const char *text, LX_Lexicon *const *lexi
     if (reportRepeated) LX_PrevTextWord(text, *cursor, options, prev, sizeof prev);
 
     int32_t length = 0;
-    int32_t start = extract_word(text, *cursor, options, word, wordSz, &length);
+    UnderscoreCache underscores;
+    int32_t start = extract_word(text, *cursor, options, word, wordSz, &length, underscores);
     *cursor = start;
     if (start < 0) return LX_RES_NONE_LEFT;
     for (;;) {
@@ -710,11 +839,11 @@ extern "C" LX_API int32_t LX_CheckText(const char *text, LX_Lexicon *const *lexi
             next = LX_SkipToWord(text, *cursor + walkLen, options);
             if (next < 0 || t[next] == 0) return LX_RES_NONE_LEFT;
         } else {
-            next = LX_NextTextWord(text, *cursor, options);
+            next = next_text_word(text, *cursor, options, underscores);
             if (next < 0) return LX_RES_NONE_LEFT;
         }
         *cursor = next;
-        start = extract_word(text, next, options, word, wordSz, &length);
+        start = extract_word(text, next, options, word, wordSz, &length, underscores);
         *cursor = start;
         if (start < 0) return LX_RES_NONE_LEFT;
     }

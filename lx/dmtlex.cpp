@@ -5,15 +5,11 @@
 // image, the searches and a disk lexicon's file rely on.
 //
 // Lookups don't walk that vector: beside it the lexicon keeps a private
-// index of two open-addressing hash tables, one by exact word and one by
-// word folded to lower case (holding the first entry of each folded form
-// in byte order, which is the entry a case-insensitive scan would find).
-// A bit set of hashes of the words' base forms (accents and case taken
-// off) lets the accent search of the rule chain learn at once that no
-// accented form of a word can be here. The index is a cache. Appends and insertions keep it up to date; a
-// deletion or a clear marks it stale, and the next lookup rebuilds it. If
-// memory for it can't be had, lookups fall back to a binary search and a
-// linear scan, which give the same answers.
+// index of two hash tables, one by exact word and one by base form
+// (accents and case taken off). A case-blind lookup finds its candidates
+// in the second, and so does the accent search of the rule chain, which
+// asks for every held word of a base form. Every change keeps the index
+// current, so lookups never write: see the index section below.
 #include "dmtlex.h"
 
 #include <cstring>
@@ -32,19 +28,34 @@ namespace {
 
 // ------------------------------------------------------------------ index
 
-// A slot holds the entry's index + 1 in its low 32 bits (0: empty) and the
-// word's hash in its high 32 bits, so that most probes that miss never
-// touch an entry.
+// Two open-addressing hash tables with linear probing over a node array.
+// A node is a copy of an entry (the same word, other word and action, not
+// new copies of the texts); its number stays the same while entries move
+// up and down the vector, so that an insertion or deletion in the middle of
+// a large lexicon costs the index a few probes, not a pass. A slot holds
+// the node's number + 1 in its low 32 bits (0: empty) and the key's hash
+// in its high 32 bits, so that most probes that miss never touch a node.
+//
+// - exact: every node, by its word.
+// - base:  every node, by its word's base form (LX_BaseFormHash): all
+//   words that differ only in accents or case share a key. A case-blind
+//   lookup and the accent search of the rule chain both probe it.
+//
+// The index always describes all entries: every change brings it up to
+// date before it returns, so lookups only read it, and any number of
+// threads may look up at once while nobody changes the lexicon. If memory
+// for it can't be had, the index is dropped, lookups fall back to a binary
+// search and a linear scan that give the same answers, and the next change
+// tries again to build it.
 struct DmtIndex {
     uint64_t *exact;
-    uint64_t *folded;
-    uint64_t *baseBits; // (mask + 1) * 8 bits, one set per base form
-    uint8_t *lengths;   // per entry: its word's length, 255 for 255 or more;
-                        // room for (mask + 1) / 2 entries, the most a table holds
+    uint64_t *base;
+    LX_LexEntry *nodes; // nodes 0 .. used - 1
+    uint8_t *lengths;   // per entry, by its place in the vector: its word's
+                        // length, 255 for 255 or more
     uint32_t mask;      // table size - 1; the size is a power of two
-    int32_t used;       // entries indexed (the same in both tables)
+    int32_t used;       // entries indexed; room for (mask + 1) / 2
     int32_t excluded;   // entries with LX_ACT_EXCLUDE
-    bool stale;
 };
 
 uint8_t length_byte(const char *word) {
@@ -52,50 +63,28 @@ uint8_t length_byte(const char *word) {
     return static_cast<uint8_t>(n < 255 ? n : 255);
 }
 
-uint32_t hash_exact(const uchar *w) {
+uint32_t hash_exact(const char *word) {
     uint32_t h = 2166136261u;
-    for (; *w; ++w) h = (h ^ *w) * 16777619u;
+    for (const uchar *w = reinterpret_cast<const uchar *>(word); *w; ++w) h = (h ^ *w) * 16777619u;
     return h;
-}
-
-uint32_t hash_folded(const uchar *w) {
-    uint32_t h = 2166136261u;
-    for (; *w; ++w) h = (h ^ lx_to_lower(*w)) * 16777619u;
-    return h;
-}
-
-// Bit of the base-form set for a base-form hash.
-void base_bit(const DmtIndex *ix, uint32_t baseHash, size_t *word, uint64_t *bit) {
-    size_t nbits = (static_cast<size_t>(ix->mask) + 1) * 8;
-    size_t b = baseHash & (nbits - 1);
-    *word = b / 64;
-    *bit = uint64_t{1} << (b % 64);
-}
-
-void put_base(DmtIndex *ix, const char *word) {
-    size_t w;
-    uint64_t bit;
-    base_bit(ix, LX_BaseFormHash(word), &w, &bit);
-    ix->baseBits[w] |= bit;
 }
 
 LX_LexEntry *entries(LX_Lexicon *lex) { return static_cast<LX_LexEntry *>(lex->dmt.words.data); }
 
 DmtIndex *index_of(LX_Lexicon *lex) { return static_cast<DmtIndex *>(lex->dmt.index); }
 
-void index_free(LX_Lexicon *lex) {
-    if (DmtIndex *ix = index_of(lex)) {
-        LX_MEM_FREE(ix->exact);
-        LX_MEM_FREE(ix->folded);
-        LX_MEM_FREE(ix->baseBits);
-        LX_MEM_FREE(ix->lengths);
-        LX_MEM_FREE(ix);
-        lex->dmt.index = nullptr;
-    }
+void index_release(DmtIndex *ix) {
+    if (ix == nullptr) return;
+    LX_MEM_FREE(ix->exact);
+    LX_MEM_FREE(ix->base);
+    LX_MEM_FREE(ix->nodes);
+    LX_MEM_FREE(ix->lengths);
+    LX_MEM_FREE(ix);
 }
 
-void mark_stale(LX_Lexicon *lex) {
-    if (DmtIndex *ix = index_of(lex)) ix->stale = true;
+void index_free(LX_Lexicon *lex) {
+    index_release(index_of(lex));
+    lex->dmt.index = nullptr;
 }
 
 inline bool same_word(const char *a, const char *b) {
@@ -105,109 +94,136 @@ inline bool same_word(const char *a, const char *b) {
     }
 }
 
-uint64_t slot(uint32_t hash, int32_t entry) {
-    return (static_cast<uint64_t>(hash) << 32) | static_cast<uint32_t>(entry + 1);
+// True if the two words have the same base form: the same length, and at
+// each place characters of the same base letter (or both without one).
+bool same_base_form(const char *a, const char *b) {
+    const uchar *pa = reinterpret_cast<const uchar *>(a);
+    const uchar *pb = reinterpret_cast<const uchar *>(b);
+    for (;; ++pa, ++pb) {
+        if (lx_fold(*pa) != lx_fold(*pb)) return false;
+        if (*pa == 0 || *pb == 0) return *pa == *pb;
+    }
 }
-int32_t slot_entry(uint64_t s) { return static_cast<int32_t>(static_cast<uint32_t>(s)) - 1; }
+
+uint64_t slot(uint32_t hash, int32_t node) {
+    return (static_cast<uint64_t>(hash) << 32) | static_cast<uint32_t>(node + 1);
+}
+int32_t slot_node(uint64_t s) { return static_cast<int32_t>(static_cast<uint32_t>(s)) - 1; }
 uint32_t slot_hash(uint64_t s) { return static_cast<uint32_t>(s >> 32); }
 
-void put_exact(DmtIndex *ix, const uchar *word, int32_t entry) {
-    uint32_t h = hash_exact(word);
-    uint32_t i = h & ix->mask;
-    while (ix->exact[i] != 0) i = (i + 1) & ix->mask;
-    ix->exact[i] = slot(h, entry);
+void table_put(uint64_t *table, uint32_t mask, uint32_t hash, int32_t node) {
+    uint32_t i = hash & mask;
+    while (table[i] != 0) i = (i + 1) & mask;
+    table[i] = slot(hash, node);
 }
 
-// Records entry as the holder of its folded form unless an entry before it
-// in byte order holds that form already.
-void put_folded(DmtIndex *ix, LX_LexEntry *all, const uchar *word, int32_t entry) {
-    uint32_t h = hash_folded(word);
-    uint32_t i = h & ix->mask;
-    for (; ix->folded[i] != 0; i = (i + 1) & ix->mask) {
-        uint64_t s = ix->folded[i];
-        if (slot_hash(s) != h) continue;
-        int32_t other = slot_entry(s);
-        if (LX_Str_ICmp(all[other].word, reinterpret_cast<const char *>(word)) != 0) continue;
-        if (entry < other) ix->folded[i] = slot(h, entry);
-        return;
-    }
-    ix->folded[i] = slot(h, entry);
+// The slot of node in a table; the node is there.
+uint32_t table_find(const uint64_t *table, uint32_t mask, uint32_t hash, int32_t node) {
+    uint32_t i = hash & mask;
+    while (slot_node(table[i]) != node) i = (i + 1) & mask;
+    return i;
 }
 
-// Builds the index afresh for all entries. Gives false if memory is short.
-bool index_build(LX_Lexicon *lex) {
-    const int32_t count = lex->dmt.words.count;
-    uint32_t size = 64;
-    while (size < static_cast<uint32_t>(count) * 2u) size *= 2; // load factor at most 1/2
-    DmtIndex *ix = index_of(lex);
-    if (ix == nullptr || ix->mask + 1 < size || ix->mask + 1 > size * 4) {
-        index_free(lex);
-        ix = static_cast<DmtIndex *>(LX_MEM_ALLOC(sizeof(DmtIndex)));
-        if (!ix) return false;
-        ix->exact = static_cast<uint64_t *>(LX_MEM_ALLOC(size * sizeof(uint64_t)));
-        ix->folded = static_cast<uint64_t *>(LX_MEM_ALLOC(size * sizeof(uint64_t)));
-        ix->baseBits = static_cast<uint64_t *>(LX_MEM_ALLOC(size)); // 8 bits a slot
-        ix->lengths = static_cast<uint8_t *>(LX_MEM_ALLOC(size / 2));
-        if (!ix->exact || !ix->folded || !ix->baseBits || !ix->lengths) {
-            LX_MEM_FREE(ix->exact);
-            LX_MEM_FREE(ix->folded);
-            LX_MEM_FREE(ix->baseBits);
-            LX_MEM_FREE(ix->lengths);
-            LX_MEM_FREE(ix);
-            return false;
+// Takes node out of a table by backward-shift deletion, so that no probe
+// run is broken and no tombstones pile up.
+void table_erase(uint64_t *table, uint32_t mask, uint32_t hash, int32_t node) {
+    uint32_t i = table_find(table, mask, hash, node);
+    for (uint32_t j = (i + 1) & mask; table[j] != 0; j = (j + 1) & mask) {
+        const uint32_t home = slot_hash(table[j]) & mask;
+        // The slot at j may move to the hole at i unless its home lies
+        // cyclically in (i, j].
+        const bool stays = i <= j ? (i < home && home <= j) : (i < home || home <= j);
+        if (!stays) {
+            table[i] = table[j];
+            i = j;
         }
-        ix->mask = size - 1;
-        lex->dmt.index = ix;
     }
-    std::memset(ix->exact, 0, (ix->mask + 1) * sizeof(uint64_t));
-    std::memset(ix->folded, 0, (ix->mask + 1) * sizeof(uint64_t));
-    std::memset(ix->baseBits, 0, ix->mask + 1);
-    LX_LexEntry *all = entries(lex);
-    ix->excluded = 0;
-    for (int32_t e = 0; e < count; ++e) {
-        const uchar *w = reinterpret_cast<const uchar *>(all[e].word);
-        put_exact(ix, w, e);
-        put_folded(ix, all, w, e);
-        put_base(ix, all[e].word);
-        ix->lengths[e] = length_byte(all[e].word);
-        if (all[e].action == LX_ACT_EXCLUDE) ++ix->excluded;
-    }
-    ix->used = count;
-    ix->stale = false;
-    return true;
+    table[i] = 0;
 }
 
-// The index, fresh, or null if it can't be built.
-DmtIndex *index_ready(LX_Lexicon *lex) {
-    DmtIndex *ix = index_of(lex);
-    if (ix != nullptr && !ix->stale) return ix;
-    return index_build(lex) ? index_of(lex) : nullptr;
+// The node of the word, or -1.
+int32_t node_of(const DmtIndex *ix, const char *word) {
+    const uint32_t h = hash_exact(word);
+    for (uint32_t i = h & ix->mask; ix->exact[i] != 0; i = (i + 1) & ix->mask) {
+        const uint64_t s = ix->exact[i];
+        if (slot_hash(s) == h && same_word(ix->nodes[slot_node(s)].word, word)) return slot_node(s);
+    }
+    return -1;
 }
 
-// Keeps a fresh index up to date after entry `at` has been inserted.
-void index_inserted(LX_Lexicon *lex, int32_t at) {
-    DmtIndex *ix = index_of(lex);
-    if (ix == nullptr || ix->stale) return;
-    if (static_cast<uint32_t>(ix->used + 1) * 2u > ix->mask + 1) {
-        ix->stale = true; // the next lookup rebuilds it in a larger table
-        return;
-    }
-    if (at < ix->used) {
-        // Entries from `at` on have moved up by one.
-        for (uint32_t i = 0; i <= ix->mask; ++i) {
-            if (ix->exact[i] != 0 && slot_entry(ix->exact[i]) >= at) ix->exact[i] += 1;
-            if (ix->folded[i] != 0 && slot_entry(ix->folded[i]) >= at) ix->folded[i] += 1;
-        }
-        std::memmove(ix->lengths + at + 1, ix->lengths + at, static_cast<size_t>(ix->used - at));
-    }
-    const LX_LexEntry &entry = entries(lex)[at];
-    const uchar *w = reinterpret_cast<const uchar *>(entry.word);
-    put_exact(ix, w, at);
-    put_folded(ix, entries(lex), w, at);
-    put_base(ix, entry.word);
+// Adds a node for entry, which stands at place `at` of the vector.
+void index_put(DmtIndex *ix, const LX_LexEntry &entry, int32_t at) {
+    const int32_t node = ix->used++;
+    ix->nodes[node] = entry;
+    table_put(ix->exact, ix->mask, hash_exact(entry.word), node);
+    table_put(ix->base, ix->mask, LX_BaseFormHash(entry.word), node);
     ix->lengths[at] = length_byte(entry.word);
     if (entry.action == LX_ACT_EXCLUDE) ++ix->excluded;
-    ++ix->used;
+}
+
+// Builds the index afresh for all entries, in tables with room to grow;
+// without memory for it, the lexicon goes on without one.
+void index_build(LX_Lexicon *lex) {
+    const int32_t count = lex->dmt.words.count;
+    uint32_t size = 64;
+    while (size < static_cast<uint32_t>(count) * 4u) size *= 2; // a load of 1/4 to 1/2
+    index_free(lex);
+    auto *ix = static_cast<DmtIndex *>(LX_MEM_ALLOC(sizeof(DmtIndex)));
+    if (!ix) return;
+    ix->exact = static_cast<uint64_t *>(LX_MEM_ALLOC(size * sizeof(uint64_t)));
+    ix->base = static_cast<uint64_t *>(LX_MEM_ALLOC(size * sizeof(uint64_t)));
+    ix->nodes = static_cast<LX_LexEntry *>(LX_MEM_ALLOC(size / 2 * sizeof(LX_LexEntry)));
+    ix->lengths = static_cast<uint8_t *>(LX_MEM_ALLOC(size / 2));
+    if (!ix->exact || !ix->base || !ix->nodes || !ix->lengths) return index_release(ix);
+    std::memset(ix->exact, 0, size * sizeof(uint64_t));
+    std::memset(ix->base, 0, size * sizeof(uint64_t));
+    ix->mask = size - 1;
+    ix->used = 0;
+    ix->excluded = 0;
+    const LX_LexEntry *all = entries(lex);
+    for (int32_t e = 0; e < count; ++e) index_put(ix, all[e], e);
+    lex->dmt.index = ix;
+}
+
+// Brings the index up to date after entry `at` has been inserted.
+void index_inserted(LX_Lexicon *lex, int32_t at) {
+    DmtIndex *ix = index_of(lex);
+    if (ix == nullptr || static_cast<uint32_t>(ix->used + 1) * 2u > ix->mask + 1)
+        return index_build(lex); // first build, retry, or larger tables
+    std::memmove(ix->lengths + at + 1, ix->lengths + at, static_cast<size_t>(ix->used - at));
+    index_put(ix, entries(lex)[at], at);
+}
+
+// Brings the index up to date before entry `at` is deleted from the vector.
+void index_deleting(LX_Lexicon *lex, int32_t at) {
+    DmtIndex *ix = index_of(lex);
+    if (ix == nullptr) return; // LX_DMTLex_DelWord tries a build afterwards
+    const char *word = entries(lex)[at].word;
+    const int32_t node = node_of(ix, word);
+    if (ix->nodes[node].action == LX_ACT_EXCLUDE) --ix->excluded;
+    table_erase(ix->exact, ix->mask, hash_exact(word), node);
+    table_erase(ix->base, ix->mask, LX_BaseFormHash(word), node);
+    // The last node takes the number that has come free.
+    const int32_t last = --ix->used;
+    if (node != last) {
+        const LX_LexEntry &moved = ix->nodes[last];
+        ix->exact[table_find(ix->exact, ix->mask, hash_exact(moved.word), last)] =
+            slot(hash_exact(moved.word), node);
+        ix->base[table_find(ix->base, ix->mask, LX_BaseFormHash(moved.word), last)] =
+            slot(LX_BaseFormHash(moved.word), node);
+        ix->nodes[node] = moved;
+    }
+    std::memmove(ix->lengths + at, ix->lengths + at + 1, static_cast<size_t>(ix->used - at));
+}
+
+// Brings the index up to date before the entry at `at` is replaced by
+// replacement, an entry of the same word with new texts.
+void index_replacing(LX_Lexicon *lex, int32_t at, const LX_LexEntry &replacement) {
+    DmtIndex *ix = index_of(lex);
+    if (ix == nullptr) return; // LX_DMTLex_AddWord tries a build afterwards
+    LX_LexEntry &node = ix->nodes[node_of(ix, entries(lex)[at].word)];
+    ix->excluded += (replacement.action == LX_ACT_EXCLUDE) - (node.action == LX_ACT_EXCLUDE);
+    node = replacement;
 }
 
 // --------------------------------------------------------------- searching
@@ -233,34 +249,35 @@ int32_t lower_bound(LX_Lexicon *lex, const char *word) {
     return lo;
 }
 
-int32_t find_exact(LX_Lexicon *lex, const char *word) {
-    if (DmtIndex *ix = index_ready(lex)) {
-        uint32_t h = hash_exact(reinterpret_cast<const uchar *>(word));
-        for (uint32_t i = h & ix->mask; ix->exact[i] != 0; i = (i + 1) & ix->mask) {
-            uint64_t s = ix->exact[i];
-            if (slot_hash(s) == h && same_word(entries(lex)[slot_entry(s)].word, word))
-                return slot_entry(s);
-        }
-        return -1;
+// The entry of the word (in the vector, or its node), or null.
+const LX_LexEntry *find_exact(LX_Lexicon *lex, const char *word) {
+    if (const DmtIndex *ix = index_of(lex)) {
+        const int32_t node = node_of(ix, word);
+        return node < 0 ? nullptr : &ix->nodes[node];
     }
     LX_LexEntry key{const_cast<char *>(word), nullptr, 0};
-    void *hit = LX_Vector_Search(&lex->dmt.words, &key, compare_entries);
-    return hit ? static_cast<int32_t>(static_cast<LX_LexEntry *>(hit) - entries(lex)) : -1;
+    return static_cast<const LX_LexEntry *>(LX_Vector_Search(&lex->dmt.words, &key, compare_entries));
 }
 
-int32_t find_folded(LX_Lexicon *lex, const char *word) {
-    if (DmtIndex *ix = index_ready(lex)) {
-        uint32_t h = hash_folded(reinterpret_cast<const uchar *>(word));
-        for (uint32_t i = h & ix->mask; ix->folded[i] != 0; i = (i + 1) & ix->mask) {
-            uint64_t s = ix->folded[i];
-            if (slot_hash(s) == h && LX_Str_ICmp(entries(lex)[slot_entry(s)].word, word) == 0)
-                return slot_entry(s);
+// The entry a case-blind scan from the start would find: among the words
+// equal to word but for case, the first in byte order.
+const LX_LexEntry *find_folded(LX_Lexicon *lex, const char *word) {
+    const LX_LexEntry *first = nullptr;
+    if (const DmtIndex *ix = index_of(lex)) {
+        const uint32_t h = LX_BaseFormHash(word);
+        for (uint32_t i = h & ix->mask; ix->base[i] != 0; i = (i + 1) & ix->mask) {
+            const uint64_t s = ix->base[i];
+            if (slot_hash(s) != h) continue;
+            const LX_LexEntry *node = &ix->nodes[slot_node(s)];
+            if (LX_Str_ICmp(node->word, word) == 0 && (!first || LX_Str_Cmp(node->word, first->word) < 0))
+                first = node;
         }
-        return -1;
+        return first;
     }
-    for (int32_t e = 0; e < lex->dmt.words.count; ++e)
-        if (LX_Str_ICmp(entries(lex)[e].word, word) == 0) return e;
-    return -1;
+    const LX_LexEntry *all = entries(lex);
+    for (int32_t e = 0; e < lex->dmt.words.count && !first; ++e)
+        if (LX_Str_ICmp(all[e].word, word) == 0) first = &all[e];
+    return first;
 }
 
 void free_texts(LX_LexEntry *entry) {
@@ -324,9 +341,10 @@ int32_t LX_DMTLex_AddWord(LX_Lexicon *lex, const char *word, int16_t action, con
         return LX_ERR_NO_MEMORY;
     }
     if (pos < words->count && LX_Str_Cmp(all[pos].word, word) == 0) {
+        index_replacing(lex, pos, entry);
         free_texts(&all[pos]);
         LX_Vector_Set(words, pos, &entry); // within count: can't fail
-        mark_stale(lex);                   // the action may have changed
+        if (index_of(lex) == nullptr) index_build(lex);
         return 0;
     }
     if (LX_Vector_Insert(words, pos, &entry) != 0) {
@@ -344,9 +362,11 @@ int32_t LX_DMTLex_DelWord(LX_Lexicon *lex, const char *word) {
     void *hit = LX_Vector_Search(&lex->dmt.words, &key, compare_entries);
     if (!hit) return LX_ERR_NOT_FOUND;
     LX_LexEntry *entry = static_cast<LX_LexEntry *>(hit);
+    const int32_t at = static_cast<int32_t>(entry - entries(lex));
+    index_deleting(lex, at);
     free_texts(entry);
-    LX_Vector_Delete(&lex->dmt.words, static_cast<int32_t>(entry - entries(lex)));
-    mark_stale(lex);
+    LX_Vector_Delete(&lex->dmt.words, at);
+    if (index_of(lex) == nullptr) index_build(lex);
     return 0;
 }
 
@@ -354,7 +374,7 @@ int32_t LX_DMTLex_Clear(LX_Lexicon *lex) {
     check_open(lex);
     free_all_texts(lex);
     LX_Vector_Clear(&lex->dmt.words);
-    mark_stale(lex);
+    index_build(lex);
     return 0;
 }
 
@@ -370,9 +390,9 @@ int32_t LX_DMTLex_Close(LX_Lexicon *lex) {
 int16_t LX_DMTLex_FindWord(LX_Lexicon *lex, const char *word, int16_t caseSensitive, char *otherWord,
                            int32_t otherWordSize) {
     check_open(lex);
-    int32_t e = caseSensitive ? find_exact(lex, word) : find_folded(lex, word);
-    if (e < 0) return LX_ERR_NOT_FOUND;
-    const LX_LexEntry &entry = entries(lex)[e];
+    const LX_LexEntry *hit = caseSensitive ? find_exact(lex, word) : find_folded(lex, word);
+    if (hit == nullptr) return LX_ERR_NOT_FOUND;
+    const LX_LexEntry &entry = *hit;
     if (otherWord != nullptr) {
         if (entry.otherWord != nullptr)
             LX_Str_Copy(otherWord, otherWordSize, entry.otherWord);
@@ -382,14 +402,23 @@ int16_t LX_DMTLex_FindWord(LX_Lexicon *lex, const char *word, int16_t caseSensit
     return entry.action;
 }
 
-int LX_DMTLex_MayHoldBaseForm(LX_Lexicon *lex, uint32_t baseHash) {
+int32_t LX_DMTLex_ForEachBaseForm(LX_Lexicon *lex, const char *word, LX_BaseFormVisitor visit,
+                                  void *ctx) {
     check_open(lex);
-    DmtIndex *ix = index_ready(lex);
-    if (ix == nullptr) return 1; // can't tell
-    size_t w;
-    uint64_t bit;
-    base_bit(ix, baseHash, &w, &bit);
-    return (ix->baseBits[w] & bit) != 0;
+    const LX_LexEntry *all = entries(lex);
+    if (const DmtIndex *ix = index_of(lex)) {
+        const uint32_t h = LX_BaseFormHash(word);
+        for (uint32_t i = h & ix->mask; ix->base[i] != 0; i = (i + 1) & ix->mask) {
+            const uint64_t s = ix->base[i];
+            if (slot_hash(s) != h) continue;
+            const char *held = ix->nodes[slot_node(s)].word;
+            if (same_base_form(held, word) && !visit(ctx, held)) break;
+        }
+        return 0;
+    }
+    for (int32_t e = 0; e < lex->dmt.words.count; ++e)
+        if (same_base_form(all[e].word, word) && !visit(ctx, all[e].word)) break;
+    return 0;
 }
 
 int32_t LX_DMTLex_GetImage(LX_Lexicon *lex, char *bfr, int32_t bfrSize) {
@@ -464,7 +493,7 @@ int32_t LX_DMTLex_FindPattern(LX_Lexicon *lex, const char *pattern, int16_t case
 
     // With the index, only words of the pattern's length are looked at,
     // besides excluded words when there are any.
-    const DmtIndex *ix = index_ready(lex);
+    const DmtIndex *ix = index_of(lex);
     const bool anyExcluded = ix == nullptr || ix->excluded > 0;
     const uint8_t wanted = static_cast<uint8_t>(patternLen < 255 ? patternLen : 255);
     for (int32_t e = first; e < end; ++e) {

@@ -4,6 +4,7 @@
 #define LX_DMTLEX_H
 
 #include "compare.h"
+#include "lexicon.h"
 #include "lxbase.h"
 
 inline constexpr uint32_t DMTLEX_MAGIC = 0x01A5934B;
@@ -14,9 +15,10 @@ int32_t LX_DMTLex_Clear(LX_Lexicon *lex);
 int32_t LX_DMTLex_Close(LX_Lexicon *lex);
 int16_t LX_DMTLex_FindWord(LX_Lexicon *lex, const char *word, int16_t caseSensitive, char *otherWord,
                            int32_t otherWordSize);
-// 0 if no word of the lexicon has the base form of this hash
-// (LX_BaseFormHash), 1 if one may have it.
-int LX_DMTLex_MayHoldBaseForm(LX_Lexicon *lex, uint32_t baseHash);
+// Visits every word of the lexicon with the base form of word (see
+// LX_Lexicon_ForEachBaseForm). Gives 0.
+int32_t LX_DMTLex_ForEachBaseForm(LX_Lexicon *lex, const char *word, LX_BaseFormVisitor visit,
+                                  void *ctx);
 int32_t LX_DMTLex_GetImage(LX_Lexicon *lex, char *bfr, int32_t bfrSize);
 int32_t LX_DMTLex_Size(LX_Lexicon *lex);
 

@@ -94,10 +94,11 @@ uint32_t LX_BaseFormHash(const char *word) {
     return h;
 }
 
-int LX_Lexicon_MayHoldBaseForm(LX_Lexicon *lex, uint32_t baseHash) {
+int32_t LX_Lexicon_ForEachBaseForm(LX_Lexicon *lex, const char *word, LX_BaseFormVisitor visit,
+                                   void *ctx) {
     LX_ASSERT(lex != NULL);
     switch (lex->kind) {
-    case LEX_DMT: return LX_DMTLex_MayHoldBaseForm(lex, baseHash);
-    default: return 1;
+    case LEX_DMT: return LX_DMTLex_ForEachBaseForm(lex, word, visit, ctx);
+    default: return LX_ERR_UNSUPPORTED;
     }
 }

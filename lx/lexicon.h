@@ -21,8 +21,18 @@ int32_t LX_Lexicon_FindSimilar(LX_Lexicon *lex, const char *word, int32_t depth,
 // forms of a word share it.
 uint32_t LX_BaseFormHash(const char *word);
 
-// 0 if the lexicon certainly holds no word with this base-form hash, 1 if
-// it may. Kinds that can't tell answer 1.
-int LX_Lexicon_MayHoldBaseForm(LX_Lexicon *lex, uint32_t baseHash);
+// Called with each held word of a base form; gives false to stop the walk.
+using LX_BaseFormVisitor = bool (*)(void *ctx, const char *held);
+
+// Calls visit for every word the lexicon holds that has the base form of
+// word: the same length, and at every place a character of the same base
+// letter in LX_FOLD_TABLE (or, like word's, of none). Every word that a
+// lookup of any accent or case form of word could find is among them, so
+// the accent search learns from this which of its trials can succeed.
+// Every kind whose lookups can succeed must list its words here; a kind
+// without routines answers LX_ERR_UNSUPPORTED, which is right only because
+// its lookups can't succeed either. Gives 0 or a negative code.
+int32_t LX_Lexicon_ForEachBaseForm(LX_Lexicon *lex, const char *word, LX_BaseFormVisitor visit,
+                                   void *ctx);
 
 #endif

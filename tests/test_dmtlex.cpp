@@ -1,9 +1,11 @@
 // Memory lexicon: order and uniqueness of entries, validation, the image,
 // the dispatch by kind, allocation failures, and lookups through the index
 // measured against a plain reference.
+#include <algorithm>
 #include <map>
 #include <random>
 
+#include "chartab.h"
 #include "diag.h"
 #include "dmtlex.h"
 #include "lexicon.h"
@@ -181,6 +183,21 @@ TEST(DmtLex, IndexAgreesWithPlainLookups) {
         for (auto it = model.begin(); it != model.end() && folded == LX_ERR_NOT_FOUND; ++it)
             if (LX_Str_ICmp(it->first.c_str(), q.c_str()) == 0) folded = it->second;
         EXPECT_EQ(folded, LX_Lexicon_FindWord(&lex.lex, q.c_str(), 0, nullptr, 0)) << q;
+
+        // The words of q's base form, in any order.
+        std::vector<std::string> held, base;
+        LX_Lexicon_ForEachBaseForm(&lex.lex, q.c_str(), [](void *ctx, const char *w) {
+            static_cast<std::vector<std::string> *>(ctx)->push_back(w);
+            return true;
+        }, &held);
+        for (const auto &kv : model) {
+            bool same = kv.first.size() == q.size();
+            for (size_t i = 0; same && i < q.size(); ++i)
+                same = lx_fold(static_cast<uchar>(kv.first[i])) == lx_fold(static_cast<uchar>(q[i]));
+            if (same) base.push_back(kv.first);
+        }
+        std::sort(held.begin(), held.end());
+        EXPECT_EQ(base, held) << q;
 
         // A pattern search, against a walk over the model in byte order that
         // stops, with case respected, at the first word past the pattern's
