@@ -70,6 +70,7 @@ int16_t create_file(LexSqContext *ctx, const char *lexFileName, int16_t lang) {
     ctx->nSimple = 0;
     ctx->nExt = 0;
     ctx->fileOpen = 0;
+    ctx->dataStart = 0; // no data section yet
     ctx->file = PORT_OpenFile(lexFileName, PORT_MODE_UPDATE);
     if (!ctx->file) {
         LX_Diag_Msg("can't open %s", lexFileName);
@@ -85,6 +86,11 @@ int16_t create_file(LexSqContext *ctx, const char *lexFileName, int16_t lang) {
         !put_section_head(ctx, SECT_CHAR_SIZE, LXC_NUMBER_SZ) || !put32(ctx, LXC_CHAR_SIZE))
         return write_failed(ctx);
     return 0;
+}
+
+// True once LexSq_Init has succeeded, until the end of the run.
+bool data_open(const LexSqContext *ctx) {
+    return ctx->fileOpen && PORT_IS_VALID_FILE_ID(ctx->file) && ctx->dataStart > 0;
 }
 
 // Writes the suffix tables and opens the data section, whose length
@@ -272,7 +278,7 @@ int16_t LexSqFile(LexSqContext *context, const char *wordFileName, uint32_t *err
     LX_ASSERT(wordFileName != NULL);
     LX_ASSERT(errLine != NULL);
     *errLine = 0;
-    if (!context->fileOpen || !PORT_IS_VALID_FILE_ID(context->file)) {
+    if (!data_open(context)) {
         LX_Diag_Msg("LexSq_Init not called");
         return LX_ERR_UNSUPPORTED;
     }
@@ -346,7 +352,7 @@ int16_t LexSqFile(LexSqContext *context, const char *wordFileName, uint32_t *err
 
 int16_t LexSq_End(LexSqContext *context) {
     LX_ASSERT(context != NULL);
-    if (!context->fileOpen || !PORT_IS_VALID_FILE_ID(context->file)) {
+    if (!data_open(context)) {
         LX_Diag_Msg("LexSq_Init not called");
         return LX_ERR_UNSUPPORTED;
     }

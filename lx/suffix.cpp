@@ -7,7 +7,9 @@
 //
 // Only endings that a word of a compressed lexicon can hold are counted:
 // one holding a byte that the squeezer refuses in a word could never be
-// coded, and one holding a CR could break the suffix file's lines.
+// coded, and one holding a CR could break the suffix file's lines. An
+// ending that begins with '#' is counted but never written: the squeezer
+// would take its line for a comment.
 #include "suffix.h"
 
 #include <algorithm>
@@ -90,7 +92,8 @@ void fill_candidate(const char *key, void *value, void *) {
     counter->simpleGain = Suffix_SimpleGain(counter->count, len);
     counter->extGain = Suffix_ExtGain(counter->count, len);
     if (gCountHook) gCountHook(key, counter);
-    if (counter->simpleGain <= 0) return;
+    // The squeezer would read a line that begins with '#' as a comment.
+    if (counter->simpleGain <= 0 || key[0] == '#') return;
     SuffixCandidate &c = gCandidates[gNCandidates++];
     LX_Str_Copy(c.suffix, sizeof c.suffix, key);
     c.count = counter->count;

@@ -126,6 +126,9 @@ TEST(Suffix, ChoiceAndOrderOfTheFile) {
     // No words: an empty file. A count of 2 for one letter isn't enough.
     EXPECT_EQ("", discover({""}).file);
     EXPECT_EQ("", discover({groups({{"s", 3}})}).file);
+    // An ending that begins with '#' would read as a comment.
+    EXPECT_EQ("", discover({groups({{"#s", 6}})}).file);
+    EXPECT_EQ("a#s\r\n", discover({groups({{"a#s", 6}})}).file);
     // By falling gain; ties by the ending's bytes, whatever the input order.
     EXPECT_EQ("ing\r\na\r\nb\r\nc\r\n", discover({groups({{"c", 4}, {"ing", 3}, {"b", 4}, {"a", 4}})}).file);
     EXPECT_EQ("ing\r\na\r\nb\r\nc\r\n", discover({groups({{"a", 4}, {"b", 4}, {"ing", 3}, {"c", 4}})}).file);
