@@ -115,9 +115,9 @@ TEST(Suffix, Gains) {
 // ------------------------------------------------------ the suffix file
 
 TEST(Suffix, ChoiceAndOrderOfTheFile) {
-    auto groups = [](const std::vector<std::pair<std::string, int>> &spec) {
+    auto groups = [](const std::vector<std::pair<std::string, int>> &plan) {
         std::vector<std::string> words;
-        for (const auto &[ending, n] : spec) {
+        for (const auto &[ending, n] : plan) {
             auto g = group(ending, n);
             words.insert(words.end(), g.begin(), g.end());
         }
@@ -135,17 +135,17 @@ TEST(Suffix, ChoiceAndOrderOfTheFile) {
 
     // 31 candidates of equal gain: the first 30 by bytes are simple, the
     // 31st is extended, as its extended gain is positive.
-    std::vector<std::pair<std::string, int>> spec;
+    std::vector<std::pair<std::string, int>> plan;
     std::string expected;
     const std::string lasts = "ABCDEabcdefghijklmnopqrstuvwxyz";
-    for (char c : lasts) spec.emplace_back(std::string("q") + c, 5); // met 4 times again
-    std::reverse(spec.begin(), spec.end());
+    for (char c : lasts) plan.emplace_back(std::string("q") + c, 5); // met 4 times again
+    std::reverse(plan.begin(), plan.end());
     for (char c : lasts) expected += std::string("q") + c + "\r\n";
-    EXPECT_EQ(expected, discover({groups(spec)}).file);
+    EXPECT_EQ(expected, discover({groups(plan)}).file);
     // With a count of 3 instead, the 31st has no extended gain.
-    for (auto &s : spec) s.second = 4;
+    for (auto &s : plan) s.second = 4;
     expected.resize(expected.size() - 4);
-    EXPECT_EQ(expected, discover({groups(spec)}).file);
+    EXPECT_EQ(expected, discover({groups(plan)}).file);
 }
 
 TEST(Suffix, AtMost285SuffixesByGain) {
