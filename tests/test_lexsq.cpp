@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <csignal>
 #include <fstream>
+#include <set>
 #include <sstream>
 
 #include "filetest.h"
@@ -14,6 +15,7 @@
 #include "lxcexample.h"
 #include "lxcfile.h"
 #include "lxtest.h"
+#include "platform.h"
 #include "suffix.h"
 
 namespace {
@@ -334,6 +336,34 @@ TEST(LexSq, FilesThatCantBeOpened) {
     LxcFile f;
     EXPECT_NE("", LxcFile_Read(read_bytes(out), f));
     EXPECT_EQ(LXC_FIXED_SZ - LXC_SECTION_HEAD_SZ - LXC_INDEX_HEAD_SZ + 3, read_bytes(out).size());
+}
+
+TEST(LexSq, OutOfMemoryAtEveryAllocation) {
+    TempDir dir;
+    // Two words more than one Sma block holds, so that the list needs more
+    // than one block and the vector grows.
+    std::vector<std::string> words;
+    for (int i = 0; i < 2000; ++i) words.push_back("w" + std::to_string(i % 7) + "x" + std::to_string(i));
+    const std::string list = crlf(words);
+    std::set<std::string> messages;
+    for (long fail = 0;; ++fail) {
+        const long live = LX_Mem_LiveBlocks();
+        LX_Mem_FailAfter(fail);
+        const int16_t r = compile_files(dir, list, crlf({"ed"}));
+        LX_Mem_FailAfter(-1);
+        EXPECT_EQ(live, LX_Mem_LiveBlocks()) << fail;
+        if (r == 0) break;
+        if (r == LX_ERR_NO_MEMORY) messages.insert(last_msg());
+        else EXPECT_EQ(LX_ERR_CANT_CREATE, r) << fail << " " << last_msg(); // a file handle
+        ASSERT_LT(fail, 1000);
+    }
+    EXPECT_EQ(1u, messages.count("LexSqFile: Can't create word list vector"));
+    EXPECT_EQ(1u, messages.count("addSegment: out of memory"));
+    EXPECT_EQ(1u, messages.count("Out of memory at line 1"));
+    EXPECT_TRUE(std::any_of(messages.begin(), messages.end(), [](const std::string &m) {
+        return m.starts_with("Out of memory at line ") && m != "Out of memory at line 1";
+    }));
+    EXPECT_EQ(words.size(), read_back(dir / "out.lxc").words.size());
 }
 
 TEST(LexSq, FullDiskIsAWriteError) {

@@ -5,6 +5,7 @@
 
 #include "filetest.h"
 #include "lxtest.h"
+#include "platform.h"
 #include "suffix.h"
 
 namespace {
@@ -202,6 +203,30 @@ TEST(Suffix, Failures) {
     EXPECT_STREQ("Can't write output file", LX_SuffixMsg);
     EXPECT_EQ(0, LX_FindSuffixes(1, lists, (dir / "out").c_str()));
     EXPECT_STREQ("Can't write output file", LX_SuffixMsg); // not cleared by success
+}
+
+TEST(Suffix, OutOfMemoryEndsTheCall) {
+    // A key that can't be stored ends the call: counts that miss an
+    // ending would choose other suffixes. A list that can't be opened for
+    // want of memory is passed over, as any list that can't be opened.
+    const std::string list = crlf(group("ing", 5));
+    const Discovery full = discover({list});
+    ASSERT_EQ("ing\r\n", full.file);
+    std::map<std::string, int> outcomes;
+    for (long fail = 0;; ++fail) {
+        const long live = LX_Mem_LiveBlocks();
+        LX_Mem_FailAfter(fail);
+        const Discovery run = discover({list});
+        LX_Mem_FailAfter(-1);
+        EXPECT_EQ(live, LX_Mem_LiveBlocks()) << fail;
+        if (run.result == 0 && run.file == full.file) break;
+        ++outcomes[std::to_string(run.result) + " " + LX_SuffixMsg];
+        ASSERT_LT(fail, 100);
+    }
+    EXPECT_EQ(1, outcomes["0 Can't open input file"]);
+    EXPECT_EQ(8, outcomes["-1 out of memory\n"]); // a key for each of the 8 endings
+    EXPECT_EQ(1, outcomes["-1 Can't open output file"]);
+    EXPECT_EQ(3u, outcomes.size());
 }
 
 // ------------------------------------------------------ the hash table
