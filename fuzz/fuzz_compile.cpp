@@ -5,8 +5,11 @@
 // ascending keys, every segment decodes) that holds exactly the list's
 // words in byte order. A list it refuses must be refused for a bad word,
 // before any segment of it is written, so that completing the file gives
-// one without segments. The files live in a private folder and are removed
-// after each input.
+// one without segments. The same list then goes through LX_Compress_Lex,
+// which must give the same file byte for byte, or the same code with the
+// incomplete file, and leave no temporary file behind. The files live in a
+// private folder (TMPDIR points there too) and are removed after each
+// input.
 #include <unistd.h>
 
 #include <algorithm>
@@ -17,6 +20,8 @@
 #include <iterator>
 #include <string>
 #include <vector>
+
+#include <dirent.h>
 
 #include "../tests/lxcfile.h"
 #include "lexsq.h"
@@ -42,6 +47,7 @@ std::string new_file(const char *name) {
         std::string tmpl = std::string(base && *base ? base : "/tmp") + "/fuzzcompile.XXXXXX";
         check(mkdtemp(tmpl.data()) != nullptr);
         gDir = tmpl;
+        setenv("TMPDIR", gDir.c_str(), 1); // where LX_Compress_Lex makes its suffix file
         std::atexit(remove_dir);
     }
     std::string path = gDir + "/" + name + ".XXXXXX";
@@ -69,7 +75,36 @@ std::vector<std::string> expected_words(const std::string &path) {
     return words;
 }
 
-void compile(const std::string &wordPath, const std::string &suffixPath, const std::string &lexPath) {
+// Entries of the private folder, . and .. left out.
+int dir_entries() {
+    DIR *d = opendir(gDir.c_str());
+    check(d != nullptr);
+    int n = 0;
+    while (const dirent *e = readdir(d))
+        if (std::strcmp(e->d_name, ".") != 0 && std::strcmp(e->d_name, "..") != 0) ++n;
+    closedir(d);
+    return n;
+}
+
+// The list again, through the exported driver: same result, same bytes.
+void compile_exported(const std::string &wordPath, const std::string &lexPath, int16_t expected) {
+    const std::string driverPath = new_file("driver");
+    const int before = dir_entries();
+    uint32_t line = 0;
+    const int32_t r = LX_Compress_Lex(wordPath.c_str(), driverPath.c_str(), &line);
+    check(dir_entries() == before); // the suffix file is gone
+    check(line <= MAX_SIMPLE_SUFFIXES);
+    if (expected == 0) {
+        check(r == 0 && read_all(driverPath) == read_all(lexPath));
+    } else {
+        check(r == expected && LX_Compress_GetLastMsg()[0] != '\0');
+        LxcFile f;
+        check(!LxcFile_Read(read_all(driverPath), f).empty()); // no index
+    }
+    unlink(driverPath.c_str());
+}
+
+int16_t compile(const std::string &wordPath, const std::string &suffixPath, const std::string &lexPath) {
     const char *lists[] = {wordPath.c_str()};
     check(LX_FindSuffixes(1, lists, suffixPath.c_str()) == 0);
     LexSqContext ctx{};
@@ -88,6 +123,7 @@ void compile(const std::string &wordPath, const std::string &suffixPath, const s
     } else if (r == 0) {
         check(f.words == expected_words(wordPath));
     }
+    return r;
 }
 
 } // namespace
@@ -98,7 +134,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
         std::ofstream out(wordPath, std::ios::binary | std::ios::trunc);
         out.write(reinterpret_cast<const char *>(data), static_cast<std::streamsize>(size));
     }
-    compile(wordPath, suffixPath, lexPath);
+    compile_exported(wordPath, lexPath, compile(wordPath, suffixPath, lexPath));
     unlink(wordPath.c_str());
     unlink(suffixPath.c_str());
     unlink(lexPath.c_str());
