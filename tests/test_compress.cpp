@@ -17,6 +17,7 @@
 #include "lxcfile.h"
 #include "lxtest.h"
 #include "platform.h"
+#include "suffix.h"
 
 namespace {
 
@@ -277,6 +278,34 @@ TEST_F(Compress, FailuresTheirMessagesAndWhatStays) {
                 << c.what;
         }
     }
+}
+
+// While suffix discovery runs, its output file exists already: created
+// empty by the driver, private to the user, named LX<unique>.tmp.
+std::vector<std::string> gSeenTempFiles;
+std::string gSeenTempDir;
+
+TEST_F(Compress, TemporaryFileIsClaimedBeforeUse) {
+    gSeenTempFiles.clear();
+    gSeenTempDir = tmp;
+    Suffix_SetCountHook([](const char *, const SuffixCounter *) {
+        if (!gSeenTempFiles.empty()) return;
+        for (const auto &e : std::filesystem::directory_iterator(gSeenTempDir)) {
+            struct stat st;
+            lstat(e.path().c_str(), &st);
+            char mode[16];
+            std::snprintf(mode, sizeof mode, " %o %lld", static_cast<unsigned>(st.st_mode & 07777),
+                          static_cast<long long>(st.st_size));
+            gSeenTempFiles.push_back(e.path().filename().string() + mode);
+        }
+    });
+    EXPECT_EQ(0, compile(crlf({"walked", "walking", "talked", "talking"}), dir / "out.lxc"));
+    Suffix_SetCountHook(nullptr);
+    ASSERT_EQ(1u, gSeenTempFiles.size());
+    const std::string &seen = gSeenTempFiles[0];
+    EXPECT_EQ(std::string("LX??????.tmp 600 0").size(), seen.size()) << seen;
+    EXPECT_TRUE(seen.starts_with("LX") && seen.ends_with(".tmp 600 0")) << seen;
+    EXPECT_EQ(std::vector<std::string>{}, temp_files());
 }
 
 TEST_F(Compress, MessageStaysAfterSuccessAndIsCut) {
