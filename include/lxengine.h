@@ -399,6 +399,33 @@ LX_API int32_t LX_Lexicon_GetImage(LX_Lexicon *lex, char *bfr, int32_t bfrSize);
 /* LX_Lexicon_Size: bytes that LX_Lexicon_GetImage needs. */
 LX_API int32_t LX_Lexicon_Size(LX_Lexicon *lex);
 
+/* ----------------------------------------------------------- compilation */
+
+/* LX_Compress_Lex: compiles the word list wordFileName into the compressed
+ * lexicon lexFileName, with language 999. The list is a text file with
+ * CR LF line ends: one word a line (at most 80 bytes, letters, digits,
+ * punctuation and blanks), empty lines and lines that begin with '#'
+ * skipped. The suffix tables are found first and kept in a temporary file
+ * of its own, removed before the call returns. lexFileName is written in
+ * place: an existing file of that name is overwritten, and after a failure
+ * of the squeezer the incomplete file stays (it has no index, and opening
+ * it fails). *errLine receives the number of lines read from the suffix
+ * file for the simple table; the line of a bad word stands in the message.
+ * Returns 0, or LX_ERR_FAILED (suffix discovery or the session failed) or
+ * the squeezer's code: LX_ERR_CANT_CREATE (the list can't be opened, or
+ * the lexicon can't be created), LX_ERR_INVALID_WORD, LX_ERR_RANGE (more
+ * than 65,535 keys, or 2 GiB), LX_ERR_WRITE, LX_ERR_NO_MEMORY. A failure
+ * leaves its message for LX_Compress_GetLastMsg. Not reentrant: one
+ * compilation at a time in a process. Asserts that the arguments are not
+ * null. */
+LX_API int32_t LX_Compress_Lex(const char *wordFileName, const char *lexFileName, uint32_t *errLine);
+
+/* LX_Compress_GetLastMsg: the message of the last failed LX_Compress_Lex,
+ * at most 255 characters, such as "FENRO_CompressLexFile: invalid word at
+ * line 7 [...]"; empty before the first failure. A success leaves it as it
+ * was. Never null; the buffer is the engine's. */
+LX_API const char *LX_Compress_GetLastMsg(void);
+
 /* ----------------------------------------------------------- diagnostics */
 
 /* LX_Diag_GetLastMsg: the last message that a call of the engine left on

@@ -4,10 +4,18 @@
 // works in automatic buffers of LX_MAX_WORD_SZ bytes.
 #include "clex.h"
 
+#include <unistd.h>
+
+#include <cstdarg>
+#include <cstdio>
+#include <cstdlib>
 #include <cstring>
 
+#include "api.h"
 #include "chartab.h"
+#include "portab.h"
 #include "safestr.h"
+#include "suffix.h"
 
 namespace {
 
@@ -149,3 +157,95 @@ int32_t FCLex_CheckWordCb(const char *keyWord, const char *checkWord, void *data
     (void)data;
     return LX_Str_ICmp(keyWord, checkWord) == 0 ? 0 : 1;
 }
+
+// ------------------------------------------------------------ compilation
+//
+// LX_Compress_Lex compiles a word list in three steps: suffix discovery
+// writes the suffix tables to a temporary file, the squeezer makes the
+// lexicon from the list and that file through a session of its own, and
+// the temporary file is removed on every way out. The lexicon is written
+// in place: after a failure of the squeezer what it wrote stays, a file
+// without an index, which a reader refuses. Failures are told in the
+// compiler's message buffer. Process-wide state: one call at a time.
+
+namespace {
+
+constexpr size_t kCompressMsgSz = 256;
+char gCompressMsg[kCompressMsgSz] = "";
+
+__attribute__((format(printf, 1, 2))) void compress_msg(const char *format, ...) {
+    va_list args;
+    va_start(args, format);
+    std::vsnprintf(gCompressMsg, kCompressMsgSz, format, args); // cut to 255 characters
+    va_end(args);
+}
+
+const char *diag_text() {
+    const char *m = LX_Diag_GetLastMsg();
+    return m ? m : "";
+}
+
+// Creates a new empty file for the suffix tables in the folder for
+// temporary files (TMPDIR, else /tmp), named LX<unique>.tmp, and leaves its
+// path in name (PORT_TEMP_NAME_SZ bytes). The name is claimed by creating
+// the file exclusively with mode 0600, so no other process can take it
+// first or put a link in its place. name stays empty if that fails.
+void create_temp_file(char *name) {
+    name[0] = '\0';
+    const char *dir = std::getenv("TMPDIR");
+    if (dir == nullptr || dir[0] == '\0') dir = "/tmp";
+    char path[PORT_TEMP_NAME_SZ];
+    const size_t dirLen = LX_Str_Len(dir);
+    const int n = std::snprintf(path, sizeof path, "%s%sLXXXXXXX.tmp", dir, dir[dirLen - 1] == '/' ? "" : "/");
+    if (n < 0 || static_cast<size_t>(n) >= sizeof path) return;
+    const int fd = mkstemps(path, 4);
+    if (fd < 0) return;
+    close(fd);
+    LX_Str_Copy(name, PORT_TEMP_NAME_SZ, path);
+}
+
+// The session steps after its opening; the code of the first that fails.
+int32_t squeeze(int16_t session, const char *wordFileName, const char *lexFileName, const char *suffixFileName,
+                uint32_t *errLine) {
+    int16_t r = FENRO_CompressLexInit(session, lexFileName, suffixFileName, 999, errLine);
+    const char *step = "FENRO_CompressLexInit";
+    if (r == 0) {
+        uint32_t wordLine = 0;
+        r = FENRO_CompressLexFile(session, wordFileName, &wordLine);
+        step = "FENRO_CompressLexFile";
+    }
+    if (r == 0) {
+        r = FENRO_CompressLexEnd(session);
+        step = "FENRO_CompressLexEnd";
+    }
+    if (r < 0) {
+        compress_msg("%s: %s", step, diag_text());
+        FENRO_CompressLexAbort(session);
+    }
+    FENRO_CloseSession(session);
+    return r;
+}
+
+} // namespace
+
+extern "C" LX_API int32_t LX_Compress_Lex(const char *wordFileName, const char *lexFileName, uint32_t *errLine) {
+    LX_ASSERT(wordFileName != NULL);
+    LX_ASSERT(lexFileName != NULL);
+    LX_ASSERT(errLine != NULL);
+    *errLine = 0;
+    int32_t result = LX_ERR_FAILED;
+    char suffixFileName[PORT_TEMP_NAME_SZ];
+    create_temp_file(suffixFileName);
+    const char *lists[] = {wordFileName};
+    if (LX_FindSuffixes(1, lists, suffixFileName) < 0) {
+        compress_msg("Suffix: %s", LX_SuffixMsg ? LX_SuffixMsg : "");
+    } else if (const int16_t session = FENRO_OpenSession(); session < 0) {
+        compress_msg("FENRO_OpenSession: %s", diag_text());
+    } else {
+        result = squeeze(session, wordFileName, lexFileName, suffixFileName, errLine);
+    }
+    if (suffixFileName[0] != '\0') std::remove(suffixFileName);
+    return result;
+}
+
+extern "C" LX_API const char *LX_Compress_GetLastMsg(void) { return gCompressMsg; }

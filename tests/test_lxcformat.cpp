@@ -8,6 +8,7 @@
 #include <sstream>
 
 #include "api.h"
+#include "lxcexample.h"
 #include "lxcformat.h"
 #include "lxtest.h"
 #include "mclex.h"
@@ -94,18 +95,9 @@ std::vector<std::string> decode(const Bytes &data, const std::string &keyWord, c
 }
 
 // The word list of the worked example, and its tables.
-const std::vector<std::string> kExampleWords = {"at", "walk", "walked", "walking", "walks", "wall"};
+const std::vector<std::string> kExampleWords(std::begin(kLxcExampleWords), std::end(kLxcExampleWords));
 const Tables kExampleTables{Table({"ed", "ing", "s"}), Table({"l"})};
-const char *const kExampleFile =
-    "57 00 05 01 "
-    "00 00 00 01 00 00 00 04 00 00 03 E7 "
-    "00 00 00 02 00 00 00 04 00 00 00 01 "
-    "00 00 00 03 00 00 00 13 00 00 00 09 65 64 00 69 6E 67 00 73 00 00 00 00 02 6C 00 "
-    "00 00 00 05 00 00 00 0E "
-    "00 00 00 6B 00 01 02 01 03 01 04 00 01 00 "
-    "00 00 00 04 00 00 00 1A 00 00 00 02 "
-    "61 74 00 00 00 00 00 00 00 00 02 "
-    "77 61 6C 00 00 00 02 00 00 00 0C";
+const char *const kExampleFile = kLxcExampleFile;
 
 void put_section_head(Bytes &file, uint32_t type, uint32_t length) {
     uchar head[LXC_SECTION_HEAD_SZ];
