@@ -5,13 +5,14 @@
 // image, the searches and a disk lexicon's file rely on.
 //
 // Lookups don't walk that vector: beside it the lexicon keeps a private
-// index of two hash tables, one by exact word and one by base form
-// (accents and case taken off). A case-blind lookup finds its candidates
-// in the second, and so does the accent search of the rule chain, which
-// asks for every held word of a base form. Every change keeps the index
-// current, so lookups never write: see the index section below.
+// index of hash tables by exact word, by word in lower case and by base
+// form (accents and case taken off); the last serves the accent search of
+// the rule chain, which asks for every held word of a base form. Every
+// change keeps the index current, so lookups never write: see the index
+// section below.
 #include "dmtlex.h"
 
+#include <cstdint>
 #include <cstring>
 
 #include "chartab.h"
@@ -36,10 +37,13 @@ namespace {
 // the node's number + 1 in its low 32 bits (0: empty) and the key's hash
 // in its high 32 bits, so that most probes that miss never touch a node.
 //
-// - exact: every node, by its word.
-// - base:  every node, by its word's base form (LX_BaseFormHash): all
-//   words that differ only in accents or case share a key. A case-blind
-//   lookup and the accent search of the rule chain both probe it.
+// - exact:  every node, by its word.
+// - folded: by word in lower case, one node for each such form: among the
+//   words equal but for case, the first in byte order, which is the entry
+//   a case-blind scan from the start would find.
+// - base:   every node, by its word's base form (LX_BaseFormHash): all
+//   words that differ only in accents or case share a key. The accent
+//   search of the rule chain probes it.
 //
 // The index always describes all entries: every change brings it up to
 // date before it returns, so lookups only read it, and any number of
@@ -49,6 +53,7 @@ namespace {
 // tries again to build it.
 struct DmtIndex {
     uint64_t *exact;
+    uint64_t *folded;
     uint64_t *base;
     LX_LexEntry *nodes; // nodes 0 .. used - 1
     uint8_t *lengths;   // per entry, by its place in the vector: its word's
@@ -76,6 +81,7 @@ DmtIndex *index_of(LX_Lexicon *lex) { return static_cast<DmtIndex *>(lex->dmt.in
 void index_release(DmtIndex *ix) {
     if (ix == nullptr) return;
     LX_MEM_FREE(ix->exact);
+    LX_MEM_FREE(ix->folded);
     LX_MEM_FREE(ix->base);
     LX_MEM_FREE(ix->nodes);
     LX_MEM_FREE(ix->lengths);
@@ -151,11 +157,60 @@ inline __attribute__((always_inline)) int32_t node_of(const DmtIndex *ix, const 
     return -1;
 }
 
+uint32_t hash_folded(const char *word) {
+    uint32_t h = 2166136261u;
+    for (const uchar *w = reinterpret_cast<const uchar *>(word); *w; ++w) h = (h ^ lx_to_lower(*w)) * 16777619u;
+    return h;
+}
+
+constexpr uint32_t kNoSlot = UINT32_MAX;
+
+// The slot of the folded table that holds word's lower-case form, or kNoSlot.
+inline __attribute__((always_inline)) uint32_t folded_slot(const DmtIndex *ix, const char *word, uint32_t h) {
+    for (uint32_t i = h & ix->mask; ix->folded[i] != 0; i = (i + 1) & ix->mask) {
+        const uint64_t s = ix->folded[i];
+        if (slot_hash(s) == h && LX_Str_ICmp(ix->nodes[slot_node(s)].word, word) == 0) return i;
+    }
+    return kNoSlot;
+}
+
+// Makes node the holder of its lower-case form if it is the first such
+// word in byte order.
+void folded_put(DmtIndex *ix, int32_t node) {
+    const char *word = ix->nodes[node].word;
+    const uint32_t h = hash_folded(word);
+    const uint32_t i = folded_slot(ix, word, h);
+    if (i == kNoSlot)
+        table_put(ix->folded, ix->mask, h, node);
+    else if (LX_Str_Cmp(word, ix->nodes[slot_node(ix->folded[i])].word) < 0)
+        ix->folded[i] = slot(h, node);
+}
+
+// Before node goes: if it holds its lower-case form, the next word of that
+// form in byte order takes its place.
+void folded_remove(DmtIndex *ix, int32_t node) {
+    const char *word = ix->nodes[node].word;
+    const uint32_t h = hash_folded(word);
+    const uint32_t i = folded_slot(ix, word, h);
+    if (i == kNoSlot || slot_node(ix->folded[i]) != node) return;
+    table_erase(ix->folded, ix->mask, h, node);
+    // Words equal but for case share the base form.
+    const uint32_t b = LX_BaseFormHash(word);
+    int32_t next = -1;
+    for (uint32_t k = b & ix->mask; ix->base[k] != 0; k = (k + 1) & ix->mask) {
+        const int32_t other = slot_node(ix->base[k]);
+        if (slot_hash(ix->base[k]) != b || other == node || LX_Str_ICmp(ix->nodes[other].word, word) != 0) continue;
+        if (next < 0 || LX_Str_Cmp(ix->nodes[other].word, ix->nodes[next].word) < 0) next = other;
+    }
+    if (next >= 0) table_put(ix->folded, ix->mask, h, next);
+}
+
 // Adds a node for entry, which stands at place `at` of the vector.
 void index_put(DmtIndex *ix, const LX_LexEntry &entry, int32_t at) {
     const int32_t node = ix->used++;
     ix->nodes[node] = entry;
     table_put(ix->exact, ix->mask, hash_exact(entry.word), node);
+    folded_put(ix, node);
     table_put(ix->base, ix->mask, LX_BaseFormHash(entry.word), node);
     ix->lengths[at] = length_byte(entry.word);
     if (entry.action == LX_ACT_EXCLUDE) ++ix->excluded;
@@ -166,16 +221,18 @@ void index_put(DmtIndex *ix, const LX_LexEntry &entry, int32_t at) {
 void index_build(LX_Lexicon *lex) {
     const int32_t count = lex->dmt.words.count;
     uint32_t size = 64;
-    while (size < static_cast<uint32_t>(count) * 4u) size *= 2; // a load of 1/4 to 1/2
+    while (size < (static_cast<uint32_t>(count) + 1u) * 2u) size *= 2; // a load of at most 1/2
     index_free(lex);
     auto *ix = static_cast<DmtIndex *>(LX_MEM_ALLOC(sizeof(DmtIndex)));
     if (!ix) return;
     ix->exact = static_cast<uint64_t *>(LX_MEM_ALLOC(size * sizeof(uint64_t)));
+    ix->folded = static_cast<uint64_t *>(LX_MEM_ALLOC(size * sizeof(uint64_t)));
     ix->base = static_cast<uint64_t *>(LX_MEM_ALLOC(size * sizeof(uint64_t)));
     ix->nodes = static_cast<LX_LexEntry *>(LX_MEM_ALLOC(size / 2 * sizeof(LX_LexEntry)));
     ix->lengths = static_cast<uint8_t *>(LX_MEM_ALLOC(size / 2));
-    if (!ix->exact || !ix->base || !ix->nodes || !ix->lengths) return index_release(ix);
+    if (!ix->exact || !ix->folded || !ix->base || !ix->nodes || !ix->lengths) return index_release(ix);
     std::memset(ix->exact, 0, size * sizeof(uint64_t));
+    std::memset(ix->folded, 0, size * sizeof(uint64_t));
     std::memset(ix->base, 0, size * sizeof(uint64_t));
     ix->mask = size - 1;
     ix->used = 0;
@@ -201,6 +258,7 @@ void index_deleting(LX_Lexicon *lex, int32_t at) {
     const char *word = entries(lex)[at].word;
     const int32_t node = node_of(ix, word);
     if (ix->nodes[node].action == LX_ACT_EXCLUDE) --ix->excluded;
+    folded_remove(ix, node);
     table_erase(ix->exact, ix->mask, hash_exact(word), node);
     table_erase(ix->base, ix->mask, LX_BaseFormHash(word), node);
     // The last node takes the number that has come free.
@@ -211,6 +269,8 @@ void index_deleting(LX_Lexicon *lex, int32_t at) {
             slot(hash_exact(moved.word), node);
         ix->base[table_find(ix->base, ix->mask, LX_BaseFormHash(moved.word), last)] =
             slot(LX_BaseFormHash(moved.word), node);
+        const uint32_t f = folded_slot(ix, moved.word, hash_folded(moved.word));
+        if (f != kNoSlot && slot_node(ix->folded[f]) == last) ix->folded[f] = slot(hash_folded(moved.word), node);
         ix->nodes[node] = moved;
     }
     std::memmove(ix->lengths + at, ix->lengths + at + 1, static_cast<size_t>(ix->used - at));
@@ -264,15 +324,8 @@ const LX_LexEntry *find_exact(LX_Lexicon *lex, const char *word) {
 const LX_LexEntry *find_folded(LX_Lexicon *lex, const char *word) {
     const LX_LexEntry *first = nullptr;
     if (const DmtIndex *ix = index_of(lex)) {
-        const uint32_t h = LX_BaseFormHash(word);
-        for (uint32_t i = h & ix->mask; ix->base[i] != 0; i = (i + 1) & ix->mask) {
-            const uint64_t s = ix->base[i];
-            if (slot_hash(s) != h) continue;
-            const LX_LexEntry *node = &ix->nodes[slot_node(s)];
-            if (LX_Str_ICmp(node->word, word) == 0 && (!first || LX_Str_Cmp(node->word, first->word) < 0))
-                first = node;
-        }
-        return first;
+        const uint32_t i = folded_slot(ix, word, hash_folded(word));
+        return i == kNoSlot ? nullptr : &ix->nodes[slot_node(ix->folded[i])];
     }
     const LX_LexEntry *all = entries(lex);
     for (int32_t e = 0; e < lex->dmt.words.count && !first; ++e)
