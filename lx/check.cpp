@@ -40,7 +40,7 @@ bool is_name_char(uchar c) { return lx_is_alnum(c) || c == '_' || c == '-'; }
 // Mail test for an '@' at text[at]: looking ahead, the address must reach
 // a full stop between two name characters before any other byte; and the
 // '@' must stand between two name characters.
-bool mail_test(const uchar *t, int32_t at) {
+__attribute__((noinline)) bool mail_test(const uchar *t, int32_t at) {
     for (int32_t i = at + 1;; ++i) {
         if (i >= kCursorLimit) return false; // the end of what a walk reaches
         uchar c = t[i];
@@ -67,7 +67,7 @@ struct UnderscoreCache {
 // Underscore test for a '_' at text[at]: looking ahead over name
 // characters, full stops and '@', an '@' or a full stop between two name
 // characters says yes.
-bool underscore_test(const uchar *t, int32_t at, UnderscoreCache &cache) {
+__attribute__((noinline)) bool underscore_test(const uchar *t, int32_t at, UnderscoreCache &cache) {
     if (at >= cache.from && at < cache.to) return cache.yes;
     for (int32_t i = at + 1;; ++i) {
         uchar c = i < kCursorLimit ? t[i] : 0; // the end of what a walk reaches
@@ -582,7 +582,7 @@ bool visit_held(void *ctx, const char *held) {
     return true;
 }
 
-int16_t accent_search(const char *word, LX_Lexicon *const *lexicons, uint32_t options, char *repl,
+__attribute__((noinline)) int16_t accent_search(const char *word, LX_Lexicon *const *lexicons, uint32_t options, char *repl,
                       int32_t replSz) {
     const uchar *w = bytes(word);
     AccentSearch s{w, LX_Str_Len(word), true, w, {}, false};
@@ -616,7 +616,7 @@ int16_t lookup_word(const char *word, LX_Lexicon *const *lexicons, uint32_t opti
 
 // ------------------------------------------------------------------- rules
 
-void run_together_rule(CheckContext &ctx, const char *norm, Span span, LX_Lexicon *const *lexicons,
+__attribute__((noinline)) void run_together_rule(CheckContext &ctx, const char *norm, Span span, LX_Lexicon *const *lexicons,
                        uint32_t options, int16_t &result) {
     if (!ctx.memoReady && ctx.memo != nullptr) {
         std::memset(ctx.memo, RunMemo::kUnknown, sizeof *ctx.memo);
@@ -641,7 +641,7 @@ void run_together_rule(CheckContext &ctx, const char *norm, Span span, LX_Lexico
     }
 }
 
-void split_rule(CheckContext &ctx, const char *norm, Span span, LX_Lexicon *const *lexicons,
+__attribute__((noinline)) void split_rule(CheckContext &ctx, const char *norm, Span span, LX_Lexicon *const *lexicons,
                 uint32_t options, char *repl, int32_t replSz, int32_t *offset, int16_t &result) {
     char piece[LX_MAX_WORD_SZ], alt[LX_MAX_WORD_SZ];
     const char *right = LX_SplitSubWord(norm, options, piece);
@@ -677,7 +677,7 @@ void split_rule(CheckContext &ctx, const char *norm, Span span, LX_Lexicon *cons
     if (repl) LX_Str_Copy(repl, replSz, alt);
 }
 
-void digit_rule(const char *norm, char *repl, int32_t replSz, int16_t &result) {
+__attribute__((noinline)) void digit_rule(const char *norm, char *repl, int32_t replSz, int16_t &result) {
     const uchar *w = bytes(norm);
     bool hasDigit = false;
     for (const uchar *p = w; *p && !hasDigit; ++p) hasDigit = lx_is_digit(*p);
@@ -700,7 +700,7 @@ void digit_rule(const char *norm, char *repl, int32_t replSz, int16_t &result) {
     }
 }
 
-void capitalisation_rule(const char *norm, LX_Lexicon *const *lexicons, uint32_t options, char *repl,
+__attribute__((noinline)) void capitalisation_rule(const char *norm, LX_Lexicon *const *lexicons, uint32_t options, char *repl,
                          int32_t replSz, int16_t &result) {
     char first[LX_MAX_WORD_SZ], all[LX_MAX_WORD_SZ];
     LX_Str_Copy(first, sizeof first, norm);
