@@ -23,12 +23,8 @@
 
 namespace {
 
-const std::vector<std::string> kSimple = {"'s", "s", "ed", "ing", "es", "ly", "er", "ers", "ion", "ions",
-                                          "ness", "ies", "ism", "ist", "ists", "ity", "ment", "ments", "able",
-                                          "al", "ally", "ation", "ations", "ic", "ical", "ize", "ized", "izes",
-                                          "izing", "y"};
-const std::vector<std::string> kExt = {"e", "d", "n", "t", "ate", "ated", "ates", "ating", "ful", "less",
-                                       "ous", "ive", "ent", "ence", "ant", "ance", "est", "ier", "iest"};
+const std::vector<std::string> &kSimple = kEnglishSimpleEndings;
+const std::vector<std::string> &kExt = kEnglishExtEndings;
 
 const uint32_t kOptions = LX_OPT_CHECK_SPELLING | LX_OPT_CASE_SENSITIVE | LX_OPT_ACCENTED_CAPITALS;
 

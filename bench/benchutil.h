@@ -20,4 +20,14 @@ int load_memory_lexicon(LX_Lexicon *lex, std::vector<std::string> words);
 
 std::string read_file(const std::string &path);
 
+// A fixed set of English endings standing in for suffix discovery, for
+// benchmarks that code segments without the compiler: 30 simple and 19
+// extended suffixes.
+inline const std::vector<std::string> kEnglishSimpleEndings = {
+    "'s", "s", "ed", "ing", "es", "ly", "er", "ers", "ion", "ions", "ness", "ies", "ism", "ist", "ists",
+    "ity", "ment", "ments", "able", "al", "ally", "ation", "ations", "ic", "ical", "ize", "ized", "izes", "izing", "y"};
+inline const std::vector<std::string> kEnglishExtEndings = {
+    "e", "d", "n", "t", "ate", "ated", "ates", "ating", "ful", "less", "ous", "ive", "ent", "ence", "ant", "ance",
+    "est", "ier", "iest"};
+
 #endif
