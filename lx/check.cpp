@@ -146,10 +146,10 @@ int32_t LX_SkipToWord(const char *text, int32_t cursor, uint32_t options) {
 
 namespace {
 
-// LX_ExtractWord, giving the length of the stored word as well.
-int32_t extract_word(const char *text, int32_t cursor, uint32_t options, char *word, int32_t wordSz,
+// The word that begins at start, a position that LX_SkipToWord has given
+// (it gives it again from there): stored in word, its length in *length.
+int32_t extract_from(const char *text, int32_t start, uint32_t options, char *word, int32_t wordSz,
                      int32_t *length, UnderscoreCache &underscores) {
-    int32_t start = LX_SkipToWord(text, cursor, options);
     const uchar *t = bytes(text);
     if (at_walk_end(t, start)) return LX_ERR_NOT_FOUND;
     // The word ends where the buffer is full or at the walk's limit: while
@@ -165,14 +165,18 @@ int32_t extract_word(const char *text, int32_t cursor, uint32_t options, char *w
         if (markup && t[start] == '&') inEntity = true;
     }
     int32_t i = start + 1;
-    for (; t[i] != 0 && n < room; ++i) {
+    for (;;) {
+        // Letters and digits are always taken, and they are nearly every
+        // byte of a text: copy a run of them in a tight loop.
+        // The scan stores nothing, so the text stays in registers.
+        const int32_t stop = i + (room - n);
+        int32_t j = i;
+        while (j < stop && lx_is_alnum(t[j])) ++j;
+        for (; i < j; ++i) word[n++] = static_cast<char>(t[i]);
+        if (t[i] == 0 || n >= room) break;
         const uchar c = t[i], before = t[i - 1], after = t[i + 1];
         bool take;
-        if (lx_is_alnum(c)) {
-            // Letters and digits are always taken; test them first, as
-            // they are nearly every byte of a text.
-            take = true;
-        } else if (c == '.') {
+        if (c == '.') {
             take = lx_is_alnum(before) && (lx_is_alnum(after) || after == '\'');
             if (take) ++dots;
         } else if (c == '-') {
@@ -207,6 +211,7 @@ int32_t extract_word(const char *text, int32_t cursor, uint32_t options, char *w
         }
         if (!take) break;
         word[n++] = static_cast<char>(c);
+        ++i;
     }
 
     bool abbreviation = !(dots > 0 && has_run_of_three(word, n));
@@ -229,6 +234,12 @@ int32_t extract_word(const char *text, int32_t cursor, uint32_t options, char *w
     if (wordSz >= 1) word[n] = '\0';
     *length = n;
     return start;
+}
+
+// LX_ExtractWord, giving the length of the stored word as well.
+inline int32_t extract_word(const char *text, int32_t cursor, uint32_t options, char *word, int32_t wordSz,
+                            int32_t *length, UnderscoreCache &underscores) {
+    return extract_from(text, LX_SkipToWord(text, cursor, options), options, word, wordSz, length, underscores);
 }
 
 } // namespace
@@ -885,7 +896,7 @@ extern "C" LX_API int32_t LX_CheckText(const char *text, LX_Lexicon *const *lexi
             if (next < 0) return LX_RES_NONE_LEFT;
         }
         *cursor = next;
-        start = extract_word(text, next, options, word, wordSz, &length, underscores);
+        start = extract_from(text, next, options, word, wordSz, &length, underscores);
         *cursor = start;
         if (start < 0) return LX_RES_NONE_LEFT;
     }
