@@ -59,6 +59,10 @@ std::string engine_message(int32_t code) {
     return code_text(code);
 }
 
+std::string with_file(const std::string &file, const std::string &msg) {
+    return msg.find(file) != std::string::npos ? msg : file + ": " + msg;
+}
+
 std::string executable_dir() {
     char buf[PATH_MAX];
     const ssize_t n = readlink("/proc/self/exe", buf, sizeof buf - 1);
@@ -151,7 +155,7 @@ bool LexiconSet::open_main(const std::vector<std::string> &names, int32_t budget
         auto lex = new_lexicon(LEX_FC);
         const int32_t rc = LX_FCLex_Open(lex.get(), file.c_str(), budget);
         if (rc < 0) {
-            err = file + ": " + engine_message(rc);
+            err = with_file(file, engine_message(rc));
             return false;
         }
         main_.push_back(std::move(lex));
@@ -183,7 +187,7 @@ bool LexiconSet::open_personal(const std::string &path, bool create, std::string
         if (rc == LX_ERR_FILE_EXISTS) rc = LX_DFTLex_Open(lex.get(), path.c_str());
     }
     if (rc < 0) {
-        err = path + ": " + engine_message(rc);
+        err = with_file(path, engine_message(rc));
         return false;
     }
     personal_ = std::move(lex);

@@ -20,6 +20,9 @@ inline constexpr int16_t kPersonalLang = 0x656E;
 // The engine's last message, or a description of code if it left none.
 std::string engine_message(int32_t code);
 
+// "FILE: MESSAGE", or MESSAGE alone if it names the file already.
+std::string with_file(const std::string &file, const std::string &msg);
+
 // The folder of the running executable (from /proc/self/exe), or "".
 std::string executable_dir();
 

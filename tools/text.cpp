@@ -137,7 +137,7 @@ Position PositionTracker::at(size_t offset) {
 }
 
 bool BlockReader::fill(size_t want) {
-    char buf[64 * 1024];
+    char buf[16 * 1024];
     while (!eof_ && pending_.size() < want) {
         const size_t n = std::fread(buf, 1, sizeof buf, fp_);
         pending_.append(buf, n);

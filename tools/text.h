@@ -81,12 +81,12 @@ private:
     Position pos_;
 };
 
-// Reads a stream in blocks of about blockSize bytes that end at a line end.
+// Reads a stream in blocks of about blockSize bytes (16 KiB) that end at a line end.
 // A line longer than maxLine is cut at a blank, or at a character boundary
 // if it has none, so memory stays bounded whatever the input.
 class BlockReader {
 public:
-    explicit BlockReader(FILE *fp, size_t blockSize = 64 * 1024, size_t maxLine = 1024 * 1024)
+    explicit BlockReader(FILE *fp, size_t blockSize = 16 * 1024, size_t maxLine = 1024 * 1024)
         : fp_(fp), blockSize_(blockSize), maxLine_(maxLine) {}
     // The next block into `block`; false at the end of the stream. A read
     // error sets failed().
