@@ -68,9 +68,13 @@ bool check_stream(FILE *fp, const std::string &name, LX_Lexicon *const *lexicons
     std::string block, latin1, text, carry;
     while (reader.next(block)) {
         latin1.clear();
-        if (s.encoding == Encoding::Utf8) {
+        Encoding enc = s.encoding;
+        if (enc == Encoding::Utf8) {
             const size_t bad = utf8_to_latin1(block, latin1);
-            if (bad != std::string_view::npos) {
+            if (bad != std::string_view::npos && s.latin1Fallback) {
+                enc = Encoding::Latin1;
+                latin1 = block;
+            } else if (bad != std::string_view::npos) {
                 tracker.begin_block(latin1, block, s.encoding, blockStart);
                 err = name + ":" + std::to_string(tracker.end().line) +
                       ": invalid UTF-8 (use --encoding latin1 for ISO 8859-1 text)";
@@ -86,7 +90,7 @@ bool check_stream(FILE *fp, const std::string &name, LX_Lexicon *const *lexicons
         text = carry;
         const int32_t base = static_cast<int32_t>(text.size());
         text += latin1;
-        if (!list) tracker.begin_block(latin1, block, s.encoding, blockStart);
+        if (!list) tracker.begin_block(latin1, block, enc, blockStart);
 
         char word[LX_MAX_WORD_SZ], repl[LX_MAX_WORD_SZ];
         int32_t cursor = base;
@@ -98,7 +102,7 @@ bool check_stream(FILE *fp, const std::string &name, LX_Lexicon *const *lexicons
             if (!touches_foreign(text, static_cast<size_t>(cursor), len) && (!list || is_misspelling(r))) {
                 Finding f;
                 f.file = name;
-                f.word = to_utf8(word);
+                f.word = list ? from_latin1(word, enc) : to_utf8(word);
                 f.result = r;
                 if (!list) {
                     f.pos = tracker.at(static_cast<size_t>(cursor - base));

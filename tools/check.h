@@ -32,6 +32,9 @@ struct Settings {
     int32_t budget = kDefaultBudget;
     Encoding encoding = Encoding::Utf8;
     bool encodingChosen = false; // --encoding given
+    // A block that isn't valid UTF-8 is taken as ISO 8859-1, and its words
+    // are shown in it: for editors (-l) that talk ISO 8859-1.
+    bool latin1Fallback = false;
 };
 
 // What to offer for a finding: the replacement the engine gave (repl) for

@@ -42,7 +42,10 @@ const char kHelp[] =
     "  add WORD...            add words to the personal lexicon; with --exclude they count as\n"
     "                         misspellings, with --auto-change or --change give WORD=REPLACEMENT\n"
     "  remove WORD...         remove words from the personal lexicon\n"
-    "  -a                     pipe mode for editors (the ispell -a protocol)\n"
+    "  -a                     pipe mode for editors (the ispell -a protocol); the flags\n"
+    "                         editors pass to other spell checkers are accepted and ignored\n"
+    "  -l                     list the misspelled words of standard input, exit status 0\n"
+    "  -v, -vv                print the pipe mode's identification line\n"
     "\n"
     "Lexicons:\n"
     "  -d, --lexicon FILE     a compressed lexicon to use instead of the bundled one; may be given\n"
@@ -155,9 +158,12 @@ bool is_command(const std::string &word) {
 // mode (-a anywhere) the flags that editors pass to other spell checkers
 // are taken and ignored.
 int parse(int argc, char **argv, Cli &cli) {
+    // -a (pipe mode) and -l (list the misspelled words of standard input)
+    // are how editors call a spell checker.
     bool pipeMode = false;
-    for (int i = 1; i < argc; ++i) pipeMode = pipeMode || std::strcmp(argv[i], "-a") == 0;
-    if (pipeMode) cli.command = "-a";
+    for (int i = 1; i < argc && !pipeMode; ++i) {
+        if (std::strcmp(argv[i], "-a") == 0 || std::strcmp(argv[i], "-l") == 0) cli.command = argv[i], pipeMode = true;
+    }
     bool positionalOnly = false;
     for (int i = 1; i < argc; ++i) {
         std::string arg = argv[i];
@@ -199,7 +205,7 @@ int parse(int argc, char **argv, Cli &cli) {
         } else if (name == "-v" || name == "-vv" || name == "-V") {
             std::printf("%s\n", pipe_banner().c_str());
             return kClean;
-        } else if (name == "-a") {
+        } else if (name == "-a" || name == "-l") {
         } else if (name == "-d" || name == "--lexicon") {
             if (!need(v)) return fail(name + " needs a lexicon");
             cli.lexicons.push_back(v);
@@ -247,7 +253,7 @@ int parse(int argc, char **argv, Cli &cli) {
         }
     }
     if (cli.command.empty()) cli.command = "check";
-    if (cli.format == Format::Text && cli.command == "list") cli.format = Format::List;
+    if (cli.format == Format::Text && (cli.command == "list" || cli.command == "-l")) cli.format = Format::List;
     return -1;
 }
 
@@ -408,6 +414,13 @@ int main(int argc, char **argv) {
     if (parsed >= 0) return parsed;
     if (cli.command == "-a") return cmd_pipe(cli);
     if (cli.command == "check" || cli.command == "list") return cmd_check(cli);
+    if (cli.command == "-l") {
+        // As editors expect of -l: findings aren't a failure, and text that
+        // isn't UTF-8 is ISO 8859-1.
+        cli.s.latin1Fallback = !cli.s.encodingChosen;
+        const int status = cmd_check(cli);
+        return status == kFound ? kClean : status;
+    }
     if (cli.command == "suggest") return cmd_suggest(cli);
     if (cli.command == "compile") return cmd_compile(cli);
     if (cli.command == "add") return cmd_add_remove(cli, true);

@@ -116,7 +116,9 @@ void PipeSession::check_line(const std::string &latin1, size_t base, Encoding en
 
 void PipeSession::line(std::string input) {
     if (!input.empty() && input.back() == '\r') input.pop_back();
-    if (input.empty()) return;
+    // Empty lines, and the "$$" commands of other spell checkers' extended
+    // protocols, get no answer.
+    if (input.empty() || input.rfind("$$", 0) == 0) return;
     const std::string rest = input.substr(1);
     switch (input[0]) {
     case '*': add_word(rest, false, false); return;
