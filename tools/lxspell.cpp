@@ -317,12 +317,7 @@ int cmd_suggest(const Cli &cli) {
                                        out, sizeof out, repl, sizeof repl);
         const bool correct = r == LX_RES_NONE_LEFT;
         std::vector<RawSuggestion> sugg;
-        if (correct) {
-            SuggEntry entries[kMaxSuggestions];
-            SuggSet set{entries, 0, kMaxSuggestions};
-            const int32_t count = LX_Suggest(word.c_str(), cli.s.depth, lexicons.list(), cli.s.options, &set);
-            for (int32_t i = 0; i < count; ++i) sugg.push_back({entries[i].word, entries[i].score});
-        } else {
+        if (!correct) {
             sugg = suggestions_for(r, word.c_str(), repl, lexicons.list(), cli.s);
             if (status == kClean) status = kFound;
         }
