@@ -1,0 +1,132 @@
+// check.cpp - the walk over a stream for `lxspell check` and `lxspell list`.
+//
+// The engine wants a NUL-terminated text in ISO 8859-1. The stream is read
+// in blocks that end at a line end, converted, and walked with
+// LX_CheckText / LX_NextTextWord. The engine finds the word before a word
+// in the text itself (for the repeated-word test), so each block is preceded
+// by the tail of the one before: a few bytes from a blank on, which the
+// walk starts behind. Only the cursor's start moves past them.
+#include "check.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+
+namespace lxspell {
+
+namespace {
+
+// Bytes of the previous block kept in front of the next one: more than
+// the longest word the engine compares (80), with the blanks around it.
+constexpr size_t kCarry = 128;
+
+bool is_space(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; }
+
+// The tail of text to put before the next block: from the first blank of
+// its last kCarry bytes on.
+std::string carry_of(const std::string &text) {
+    if (text.empty()) return "";
+    size_t from = text.size() > kCarry ? text.size() - kCarry : 0;
+    if (from > 0) {
+        while (from < text.size() && !is_space(text[from])) ++from;
+    }
+    return text.substr(from);
+}
+
+} // namespace
+
+std::vector<RawSuggestion> suggestions_for(int32_t result, const char *word, const char *repl,
+                                           LX_Lexicon *const *lexicons, const Settings &s) {
+    std::vector<RawSuggestion> out;
+    const bool hasRepl = repl != nullptr && *repl != '\0' && std::strcmp(repl, word) != 0;
+    if (result & (LX_RES_AUTO_CHANGE | LX_RES_COND_CHANGE | LX_RES_CAPITALISATION)) {
+        if (hasRepl) out.push_back({repl, 99});
+        return out;
+    }
+    if (result & LX_RES_MISSPELLED) {
+        // A word the lexicon excludes may come with what it stores for it.
+        if (hasRepl) out.push_back({repl, 99});
+        SuggEntry entries[kMaxSuggestions];
+        SuggSet set{entries, 0, kMaxSuggestions};
+        const int32_t n = LX_Suggest(word, s.depth, lexicons, s.options, &set);
+        for (int32_t i = 0; i < n; ++i) {
+            if (hasRepl && std::strcmp(entries[i].word, repl) == 0) continue;
+            out.push_back({entries[i].word, entries[i].score});
+        }
+        return out;
+    }
+    if ((result & (LX_RES_MIXED_CASE | LX_RES_WITH_DIGITS)) && hasRepl) out.push_back({repl, 99});
+    return out;
+}
+
+bool check_stream(FILE *fp, const std::string &name, LX_Lexicon *const *lexicons, const Settings &s,
+                  Reporter &reporter, std::string &err) {
+    const bool list = reporter.format() == Format::List;
+    BlockReader reader(fp);
+    PositionTracker tracker;
+    Position blockStart;
+    std::string block, latin1, text, carry;
+    while (reader.next(block)) {
+        latin1.clear();
+        Encoding enc = s.encoding;
+        if (enc == Encoding::Utf8) {
+            const size_t bad = utf8_to_latin1(block, latin1);
+            if (bad != std::string_view::npos && s.latin1Fallback) {
+                enc = Encoding::Latin1;
+                latin1 = block;
+            } else if (bad != std::string_view::npos) {
+                tracker.begin_block(latin1, block, s.encoding, blockStart);
+                err = name + ":" + std::to_string(tracker.end().line) +
+                      ": invalid UTF-8 (use --encoding latin1 for ISO 8859-1 text)";
+                return false;
+            }
+        } else {
+            latin1 = block;
+        }
+        // The engine's text ends at the first NUL: let one pass as a blank.
+        for (char &c : latin1) {
+            if (c == '\0') c = ' ';
+        }
+        text = carry;
+        const int32_t base = static_cast<int32_t>(text.size());
+        text += latin1;
+        if (!list) tracker.begin_block(latin1, block, enc, blockStart);
+
+        char word[LX_MAX_WORD_SZ], repl[LX_MAX_WORD_SZ];
+        int32_t cursor = base;
+        for (;;) {
+            const int32_t r = LX_CheckText(text.c_str(), lexicons, s.options, &cursor, word, sizeof word, repl,
+                                           sizeof repl);
+            if (r == LX_RES_NONE_LEFT || cursor < base) break;
+            const size_t len = std::strlen(word);
+            if (!touches_foreign(text, static_cast<size_t>(cursor), len) && (!list || is_misspelling(r))) {
+                Finding f;
+                f.file = name;
+                f.word = list ? from_latin1(word, enc) : to_utf8(word);
+                f.result = r;
+                if (!list) {
+                    f.pos = tracker.at(static_cast<size_t>(cursor - base));
+                    for (const RawSuggestion &sg : suggestions_for(r, word, repl, lexicons, s))
+                        f.suggestions.push_back({to_utf8(sg.word), sg.score});
+                }
+                reporter.report(f);
+            }
+            const int32_t next = LX_NextTextWord(text.c_str(), cursor, s.options);
+            if (next < 0) break;
+            cursor = next;
+        }
+        if (list) {
+            blockStart.line += static_cast<uint64_t>(std::count(block.begin(), block.end(), '\n'));
+        } else {
+            blockStart = tracker.end();
+        }
+        carry = carry_of(latin1);
+    }
+    if (reader.failed()) {
+        err = name + ": " + std::strerror(errno);
+        return false;
+    }
+    return true;
+}
+
+} // namespace lxspell
