@@ -24,6 +24,10 @@ if find "$prefix" -name 'liblxcore*' -o -name 'lx_tests' -o -name 'bench_*' | gr
   fail "a static library, test or benchmark was installed"
 fi
 
+# The README shows the example as it stands.
+sed -n '/^```c$/,/^```$/p' "$src/README.md" | sed '1d;$d' >"$tmp/readme.c"
+diff -u "$src/examples/embed.c" "$tmp/readme.c" || fail "README.md shows another embed.c"
+
 check_host() { # NAME EXECUTABLE
   "$2" >"$tmp/$1.out" || fail "$1: exit status $?"
   diff -u "$src/tests/install/embed.expected" "$tmp/$1.out" || fail "$1: output differs"
