@@ -171,10 +171,25 @@ personal lexicon, so that a new process accepts it."
 bundled lexicon by itself and keeps words in its default personal lexicon."
   (let ((ispell-local-dictionary-alist
          '((nil "[[:alpha:]]" "[^[:alpha:]]" "[']" nil nil nil utf-8)))
-        (ispell-personal-dictionary nil))
+        (ispell-personal-dictionary nil)
+        (ispell-current-personal-dictionary nil))
     (lxt-restart)
     (ispell-init-process)
     (should (equal (mapcar #'car (lxt-pipe "The café served a symphnoy")) '("symphnoy")))
+    (lxt-restart)))
+
+(ert-deftest lxspell-plain-settings ()
+  "With only ispell-program-name set, ispell.el passes the default entry's
+-B and talks ISO 8859-1; ASCII text checks all the same."
+  (let ((ispell-local-dictionary-alist nil)
+        (ispell-personal-dictionary nil)
+        (ispell-current-personal-dictionary nil))
+    (lxt-restart)
+    (ispell-init-process)
+    (should (equal (ispell-get-coding-system) 'iso-8859-1))
+    (should (equal (mapcar (lambda (m) (list (nth 0 m) (nth 1 m)))
+                           (lxt-pipe "The chair has a symphnoy"))
+                   '(("symphnoy" 17))))
     (lxt-restart)))
 
 (ert-run-tests-batch-and-exit)
