@@ -71,7 +71,8 @@
 of the answer for each misspelled word: (WORD OFFSET MISS GUESS)."
   (ispell-send-string (concat "^" line "\n"))
   (setq ispell-filter nil)
-  (while (progn (ispell-accept-output)
+  (while (progn (ispell-accept-output 5)
+                (should (process-live-p ispell-process))
                 (not (string= "" (car ispell-filter)))))
   (cl-remove-if-not #'consp (mapcar #'ispell-parse-output
                                     (nreverse (cdr ispell-filter)))))
