@@ -1,0 +1,120 @@
+#!/usr/bin/env bash
+# bench_lxspell.sh - lxspell as scripts meet it. Prints the words per second
+# of `lxspell list` over a large English text (data/prose.txt repeated to
+# about 20 MB) beside the engine's own check rate, the tool's peak memory,
+# and its start-up time for a one-word input (the median of 50 runs, less
+# the time the shell takes to run /bin/true), each with its mark.
+#
+# Usage: bench_lxspell.sh [--short] [--build DIR] [--budget BYTES]
+#                         [--engine-rate WORDS_PER_SECOND]
+#   --short        a 2 MB text, one timed run and 10 start-ups
+#   --build DIR    the build tree (default: build/ beside bench/)
+#   --budget N     passed to lxspell and to the engine's benchmark; without
+#                  it lxspell runs with its default and the engine with none
+#   --engine-rate  the engine's figure, instead of running bench_fclex
+set -euo pipefail
+here=$(cd "$(dirname "$0")/.." && pwd)
+build=$here/build short=0 budget= engine_rate=
+while [ $# -gt 0 ]; do
+  case $1 in
+    --short) short=1 ;;
+    --build) build=$2; shift ;;
+    --budget) budget=$2; shift ;;
+    --engine-rate) engine_rate=$2; shift ;;
+    *) echo "usage: $0 [--short] [--build DIR] [--budget BYTES] [--engine-rate W/S]" >&2; exit 2 ;;
+  esac
+  shift
+done
+lxspell=$build/bin/lxspell
+if [ ! -x "$lxspell" ]; then
+  echo "bench_lxspell: $lxspell not built" >&2
+  exit 1
+fi
+[ -x /usr/bin/time ] || { echo "bench_lxspell: /usr/bin/time is missing (Debian package time)" >&2; exit 1; }
+
+tmp=$(mktemp -d "${TMPDIR:-/tmp}/lxspell-bench.XXXXXX")
+trap 'rm -rf "$tmp"' EXIT
+# The user's personal lexicon and lexicon variable stay out of the figures.
+export XDG_DATA_HOME=$tmp/data
+unset LXSPELL_LEXICON
+opts=()
+[ -z "$budget" ] || opts=(--budget "$budget")
+
+# The text: the prose and a line end, repeated, as bench_fclex builds its
+# own (only longer), so that both count the same words per copy.
+if [ $short = 1 ]; then size=$((2 << 20)) runs=1 starts=10; else size=$((20 << 20)) runs=3 starts=50; fi
+prose=$here/data/prose.txt
+copy_bytes=$(( $(wc -c <"$prose") + 1 ))
+copies=$(( (size + copy_bytes - 1) / copy_bytes ))
+{ cat "$prose"; echo; } >"$tmp/copy.txt"
+for ((i = 0; i < copies; i++)); do echo "$tmp/copy.txt"; done | xargs cat >"$tmp/text.txt"
+text_mb=$(awk -v b="$(wc -c <"$tmp/text.txt")" 'BEGIN { printf "%.1f", b / 1048576 }')
+
+# The engine's rate, and its count of words in one copy of the prose.
+words_per_copy= engine_from="given"
+if [ -z "$engine_rate" ] && [ -x "$build/bench/bench_fclex" ]; then
+  engine_from="bench_fclex, budget ${budget:-0}"
+  line=$("$build/bench/bench_fclex" "${budget:-0}" | grep 'words/s')
+  engine_rate=$(awk '{ for (i = 1; i < NF; i++) if ($(i + 1) == "M") { printf "%.0f", $i * 1e6; exit } }' <<<"$line")
+  engine_words=$(sed -n 's/.*(\([0-9]*\) words,.*/\1/p' <<<"$line")
+  engine_copies=$(( ((2 << 20) + copy_bytes - 1) / copy_bytes ))
+  words_per_copy=$(awk -v w="$engine_words" -v c="$engine_copies" 'BEGIN { printf "%.3f", w / c }')
+fi
+if [ -z "$words_per_copy" ]; then
+  words_per_copy=$(wc -w <"$prose")   # whitespace-separated, near the engine's count
+fi
+words=$(awk -v w="$words_per_copy" -v c="$copies" 'BEGIN { printf "%.0f", w * c }')
+
+# Throughput and peak memory: the best of the runs. Findings make the exit
+# status 1, which is no failure here.
+best= peak=
+for ((r = 0; r < runs; r++)); do
+  /usr/bin/time -f '%e %M' -o "$tmp/time" "$lxspell" "${opts[@]}" list <"$tmp/text.txt" >"$tmp/list.out" \
+    || [ $? -eq 1 ] || { echo "bench_lxspell: lxspell list failed" >&2; cat "$tmp/time" >&2; exit 1; }
+  read -r secs kb <"$tmp/time"
+  best=$(awk -v a="$secs" -v b="${best:-1e9}" 'BEGIN { print (a < b ? a : b) }')
+  peak=$(( kb > ${peak:-0} ? kb : ${peak:-0} ))
+done
+listed=$(wc -l <"$tmp/list.out")
+
+# Start-up: one word on standard input, timed in the shell without a fork
+# of its own; the median of the runs, and the same for /bin/true, whose
+# time (the shell's fork and exec) is taken off.
+echo "word" >"$tmp/one.txt"
+/usr/bin/time -f '%M' -o "$tmp/time1" "$lxspell" "${opts[@]}" list <"$tmp/one.txt" >/dev/null || true
+peak1=$(cat "$tmp/time1")
+median_ms() { # COMMAND...
+  local r t0 t1
+  for ((r = 0; r < starts; r++)); do
+    t0=$EPOCHREALTIME
+    "$@" <"$tmp/one.txt" >/dev/null || true
+    t1=$EPOCHREALTIME
+    echo "$t0 $t1"
+  done | awk '{ print ($2 - $1) * 1e3 }' | sort -n |
+    awk '{ v[NR] = $1 } END { print (NR % 2 ? v[(NR + 1) / 2] : (v[NR / 2] + v[NR / 2 + 1]) / 2) }'
+}
+startup_raw=$(median_ms "$lxspell" "${opts[@]}" list)
+exec_ms=$(median_ms /bin/true)
+startup=$(awk -v a="$startup_raw" -v b="$exec_ms" 'BEGIN { d = a - b; print (d > 0 ? d : 0) }')
+
+mark() { # VALUE OP LIMIT
+  awk -v v="$1" -v l="$3" -v op="$2" 'BEGIN { ok = (op == "<" ? v < l : v >= l); print (ok ? "met" : "MISSED") }'
+}
+tool_rate=$(awk -v w="$words" -v s="$best" 'BEGIN { printf "%.0f", (s > 0 ? w / s : 0) }')
+echo "lxspell: $lxspell, budget ${budget:-default}"
+echo "text: $text_mb MB ($copies copies of data/prose.txt, $words words), $listed words listed"
+printf 'list throughput:   %6.2f M words/s  (best of %d, %.2f s)\n' \
+  "$(awk -v r="$tool_rate" 'BEGIN { print r / 1e6 }')" "$runs" "$best"
+if [ -n "$engine_rate" ]; then
+  ratio=$(awk -v t="$tool_rate" -v e="$engine_rate" 'BEGIN { printf "%.0f", 100 * t / e }')
+  printf 'engine check rate: %6.2f M words/s  (%s)\n' \
+    "$(awk -v r="$engine_rate" 'BEGIN { print r / 1e6 }')" "$engine_from"
+  printf 'throughput/engine: %6s %%          mark >= 80 %%: %s\n' "$ratio" "$(mark "$ratio" '>=' 80)"
+else
+  echo "engine check rate: unknown (build bench_fclex, or give --engine-rate)"
+fi
+printf 'peak memory:       %6.2f MB          mark < 4 MB: %s  (one-word input: %.2f MB)\n' \
+  "$(awk -v k="$peak" 'BEGIN { print k / 1024 }')" "$(mark "$(awk -v k="$peak" 'BEGIN { print k / 1024 }')" '<' 4)" \
+  "$(awk -v k="$peak1" 'BEGIN { print k / 1024 }')"
+printf 'start-up:          %6.2f ms          mark < 5 ms: %s  (median of %d one-word runs, %.2f ms, less %.2f ms for /bin/true)\n' \
+  "$startup" "$(mark "$startup" '<' 5)" "$starts" "$startup_raw" "$exec_ms"
