@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "filetest.h"
+#include "text.h"
 
 #ifndef LXSPELL_EXE
 #error "LXSPELL_EXE must name the lxspell executable"
@@ -461,4 +462,86 @@ TEST(Lxspell, PipeConversation) {
         EXPECT_EQ("", r.err);
     }
     EXPECT_NE(std::string::npos, read_bytes(t.dir / "pers.lex").find("qwertyx\t"));
+}
+
+// The tool's UTF-8 decoder: what it takes, what it refuses and where.
+TEST(LxspellText, Utf8ToLatin1) {
+    using lxspell::kForeign;
+    struct {
+        std::string in;
+        size_t bad; // npos: valid
+        std::string out;
+    } cases[] = {
+        {"plain", std::string::npos, "plain"},
+        {"caf\xC3\xA9", std::string::npos, "caf\xE9"},
+        {"\xC2\x80\xC3\xBF", std::string::npos, "\x80\xFF"},
+        {"\xC4\x80", std::string::npos, std::string(1, kForeign)},               // U+0100
+        {"\xE2\x82\xAC!", std::string::npos, std::string(1, kForeign) + "!"},    // euro sign
+        {"\xF0\x9F\x98\x80", std::string::npos, std::string(1, kForeign)},       // U+1F600
+        {"ab\xFF", 2, "ab"},                                                     // never in UTF-8
+        {"ab\xC3", 2, "ab"},                                                     // cut short
+        {"a\xC3(", 1, "a"},                                                      // bad continuation
+        {"\xC0\xAF", 0, ""},                                                     // overlong '/'
+        {"\xE0\x80\xAF", 0, ""},                                                 // overlong, 3 bytes
+        {"\xED\xA0\x80", 0, ""},                                                 // surrogate
+        {"\xF4\x90\x80\x80", 0, ""},                                             // beyond U+10FFFF
+        {"x\x80", 1, "x"},                                                       // lone continuation
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.in);
+        std::string out;
+        EXPECT_EQ(c.bad, lxspell::utf8_to_latin1(c.in, out));
+        EXPECT_EQ(c.out, out);
+        if (c.bad == std::string::npos && out.find(kForeign) == std::string::npos) {
+            EXPECT_EQ(c.in, lxspell::to_utf8(out));
+        }
+    }
+}
+
+// Blocks end at line ends and give back every byte; a line without an end
+// is cut at a blank, or at a character boundary, within the limit.
+TEST(LxspellText, BlockReader) {
+    struct {
+        const char *name;
+        std::string text;
+        std::vector<std::string> blocks;
+    } cases[] = {
+        {"empty", "", {}},
+        {"short, no line end", "abc", {"abc"}},
+        {"cut at the last line end", "aaaa\nbbbb\ncc\n", {"aaaa\nbbbb\n", "cc\n"}},
+        {"a line longer than a block", "aaaaaaaaaaaaaaa\nb\n", {"aaaaaaaaaaaaaaa\n", "b\n"}},
+        {"a line longer than the limit: at a blank", "aaa bbb ccc ddd eee fff ggg", {"aaa bbb ccc ddd ", "eee fff ggg"}},
+        {"no blank: at a character boundary", "\xC3\xA9\xC3\xA9\xC3\xA9\xC3\xA9\xC3\xA9\xC3\xA9\xC3\xA9\xC3\xA9\xC3\xA9\xC3\xA9",
+         {"\xC3\xA9\xC3\xA9\xC3\xA9\xC3\xA9\xC3\xA9\xC3\xA9\xC3\xA9\xC3\xA9\xC3\xA9", "\xC3\xA9"}},
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.name);
+        FILE *fp = fmemopen(const_cast<char *>(c.text.data()), c.text.size(), "rb");
+        if (c.text.empty()) fp = std::fopen("/dev/null", "rb");
+        ASSERT_NE(nullptr, fp);
+        lxspell::BlockReader reader(fp, 12, 19);
+        std::vector<std::string> got;
+        for (std::string block; reader.next(block);) got.push_back(block);
+        EXPECT_FALSE(reader.failed());
+        EXPECT_EQ(c.blocks, got);
+        std::fclose(fp);
+    }
+}
+
+// Lines and columns count characters of the original; byte offsets its bytes.
+TEST(LxspellText, Positions) {
+    const std::string original = "caf\xC3\xA9 x\nna\xC3\xAFve \xE2\x82\xAC y\n";
+    std::string engine;
+    ASSERT_EQ(std::string::npos, lxspell::utf8_to_latin1(original, engine));
+    lxspell::PositionTracker tracker;
+    tracker.begin_block(engine, original, lxspell::Encoding::Utf8, lxspell::Position{4, 3, 100});
+    const auto at = [&](size_t offset) {
+        const lxspell::Position p = tracker.at(offset);
+        return std::to_string(p.line) + ":" + std::to_string(p.column) + ":" + std::to_string(p.byte);
+    };
+    EXPECT_EQ("4:3:100", at(0));
+    EXPECT_EQ("4:8:106", at(5));   // x
+    EXPECT_EQ("5:1:108", at(7));   // n
+    EXPECT_EQ("5:9:119", at(15));  // y, behind a 3-byte character
+    EXPECT_EQ("6:1:121", at(engine.size()));
 }
