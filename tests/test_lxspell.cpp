@@ -42,13 +42,13 @@ public:
     // Runs lxspell with args ("{dir}" stands for the test's folder), input
     // on standard input and extra environment entries.
     Outcome run(const std::vector<std::string> &args, const std::string &input = "",
-            const std::vector<std::string> &extraEnv = {}) const {
+                const std::vector<std::string> &extraEnv = {}, const std::string &exe = LXSPELL_EXE) const {
         // Files of this process's own, so that runs from several at once
         // don't meet.
         const std::string tag = std::to_string(getpid());
         const std::string in = dir / ("stdin." + tag), out = dir / ("stdout." + tag), err = dir / ("stderr." + tag);
         write_bytes(in, input);
-        std::vector<std::string> argStore{LXSPELL_EXE};
+        std::vector<std::string> argStore{exe};
         for (const std::string &a : args) argStore.push_back(expand(a, dir.path));
         std::vector<std::string> envStore{"HOME=" + (dir / "home"), "XDG_DATA_HOME=" + (dir / "data"),
                                           "PATH=/usr/bin:/bin"};
@@ -88,6 +88,7 @@ struct Case {
     int status;
     std::string out; // exact
     std::string err; // a part of standard error; "" means it must be empty
+    std::vector<std::string> env = {};
 };
 
 // Files the cases below use, made in the test's folder.
@@ -148,6 +149,9 @@ const Case kCases[] = {
      ""},
     {"colour auto is off on a file", {"--color", "check"}, "wrods\n", 1,
      "<stdin>:1:1: wrods: misspelled (rods, woods, words, prods)\n", ""},
+    {"--color=always beats NO_COLOR", {"--color=always", "list"}, "wrods\n", 1, "wrods\n", "", {"NO_COLOR=1"}},
+    {"--color=never", {"--color=never", "check"}, "wrods\n", 1,
+     "<stdin>:1:1: wrods: misspelled (rods, woods, words, prods)\n", ""},
     {"ISO 8859-1 input, reported in UTF-8", {"--encoding", "latin1", "check", "{dir}/latin1.txt"}, "", 1,
      "{dir}/latin1.txt:1:6: recieve: misspelled (receive, relieve)\n", ""},
     {"markup", {"--markup", "check", "{dir}/markup.html"}, "", 1,
@@ -182,7 +186,9 @@ const Case kCases[] = {
     {"missing lexicon", {"-d", "{dir}/nosuch.lxc", "check"}, "", 2, "", "{dir}/nosuch.lxc"},
     {"unknown lexicon name", {"-d", "klingon", "check"}, "", 2, "", "lxspell: klingon: no such lexicon\n"},
     {"lexicon from the environment", {"check", "{dir}/clean.txt"}, "", 2, "", "lxspell: {dir}/junk.lxc",
-    },
+     {"LXSPELL_LEXICON={dir}/junk.lxc"}},
+    {"-d before the environment", {"-d", "en_US", "list"}, "wrods\n", 1, "wrods\n", "",
+     {"LXSPELL_LEXICON={dir}/junk.lxc"}},
     {"bad option", {"--frobnicate", "check"}, "", 2, "", "lxspell: unknown option '--frobnicate'; see lxspell --help\n"},
     {"bad depth", {"--depth", "101", "check"}, "", 2, "", "lxspell: --depth needs a number from 0 to 100\n"},
     {"option without its value", {"check", "-d"}, "", 2, "", "lxspell: -d needs a lexicon\n"},
@@ -208,9 +214,7 @@ TEST(Lxspell, CommandLines) {
     make_files(t.dir);
     for (const Case &c : kCases) {
         SCOPED_TRACE(c.name);
-        std::vector<std::string> env;
-        if (std::string(c.name) == "lexicon from the environment") env.push_back("LXSPELL_LEXICON={dir}/junk.lxc");
-        const Outcome r = t.run(c.args, c.input, env);
+        const Outcome r = t.run(c.args, c.input, c.env);
         EXPECT_EQ(c.status, r.status);
         EXPECT_EQ(expand(c.out, t.dir.path), r.out);
         if (c.err.empty()) EXPECT_EQ("", r.err);
@@ -276,6 +280,34 @@ TEST(Lxspell, CompileWritesBesideAndNeverClobbers) {
     // The bundled lexicon comes after neither: only the named ones count.
     r = t.run({"-d", "{dir}/latin1.lxc", "list"}, "cherry\n");
     EXPECT_EQ("cherry\n", r.out);
+}
+
+// Without -d or LXSPELL_LEXICON the lexicon is looked for beside the
+// program, then in ../share/lxspell/ from its folder: the installed layout.
+TEST(Lxspell, FindsTheLexiconOfItsPrefix) {
+    Lxspell t;
+    std::filesystem::create_directories(t.dir / "prefix/bin");
+    std::filesystem::create_directories(t.dir / "prefix/share/lxspell");
+    const std::string exe = t.dir / "prefix/bin/lxspell";
+    std::filesystem::copy_file(LXSPELL_EXE, exe);
+    Outcome r = t.run({"list"}, "apple\n", {}, exe);
+    EXPECT_EQ(2, r.status);
+    EXPECT_EQ("lxspell: no lexicon found beside the program or in ../share/lxspell; name one with -d FILE\n", r.err);
+
+    write_bytes(t.dir / "tiny.txt", "apple\nbanana\n");
+    ASSERT_EQ(0, t.run({"compile", "{dir}/tiny.txt", "{dir}/prefix/share/lxspell/en_US.lxc"}).status);
+    r = t.run({"list"}, "apple banana cherry\n", {}, exe);
+    EXPECT_EQ(1, r.status) << r.err;
+    EXPECT_EQ("cherry\n", r.out);
+    // An editor's dictionary name means the same lexicon.
+    r = t.run({"-a", "-d", "english"}, "^apple cherry\n", {}, exe);
+    EXPECT_NE(std::string::npos, r.out.find("\n*\n# cherry 7\n\n")) << r.out;
+
+    // One beside the program comes first.
+    write_bytes(t.dir / "other.txt", "cherry\n");
+    ASSERT_EQ(0, t.run({"compile", "{dir}/other.txt", "{dir}/prefix/bin/en_US.lxc"}).status);
+    r = t.run({"list"}, "apple banana cherry\n", {}, exe);
+    EXPECT_EQ("apple\nbanana\n", r.out);
 }
 
 TEST(Lxspell, PersonalLexicon) {
