@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "filetest.h"
+#include "text.h"
 
 #ifndef LXSPELL_EXE
 #error "LXSPELL_EXE must name the lxspell executable"
@@ -41,13 +42,13 @@ public:
     // Runs lxspell with args ("{dir}" stands for the test's folder), input
     // on standard input and extra environment entries.
     Outcome run(const std::vector<std::string> &args, const std::string &input = "",
-            const std::vector<std::string> &extraEnv = {}) const {
+                const std::vector<std::string> &extraEnv = {}, const std::string &exe = LXSPELL_EXE) const {
         // Files of this process's own, so that runs from several at once
         // don't meet.
         const std::string tag = std::to_string(getpid());
         const std::string in = dir / ("stdin." + tag), out = dir / ("stdout." + tag), err = dir / ("stderr." + tag);
         write_bytes(in, input);
-        std::vector<std::string> argStore{LXSPELL_EXE};
+        std::vector<std::string> argStore{exe};
         for (const std::string &a : args) argStore.push_back(expand(a, dir.path));
         std::vector<std::string> envStore{"HOME=" + (dir / "home"), "XDG_DATA_HOME=" + (dir / "data"),
                                           "PATH=/usr/bin:/bin"};
@@ -87,6 +88,7 @@ struct Case {
     int status;
     std::string out; // exact
     std::string err; // a part of standard error; "" means it must be empty
+    std::vector<std::string> env = {};
 };
 
 // Files the cases below use, made in the test's folder.
@@ -147,6 +149,9 @@ const Case kCases[] = {
      ""},
     {"colour auto is off on a file", {"--color", "check"}, "wrods\n", 1,
      "<stdin>:1:1: wrods: misspelled (rods, woods, words, prods)\n", ""},
+    {"--color=always beats NO_COLOR", {"--color=always", "list"}, "wrods\n", 1, "wrods\n", "", {"NO_COLOR=1"}},
+    {"--color=never", {"--color=never", "check"}, "wrods\n", 1,
+     "<stdin>:1:1: wrods: misspelled (rods, woods, words, prods)\n", ""},
     {"ISO 8859-1 input, reported in UTF-8", {"--encoding", "latin1", "check", "{dir}/latin1.txt"}, "", 1,
      "{dir}/latin1.txt:1:6: recieve: misspelled (receive, relieve)\n", ""},
     {"markup", {"--markup", "check", "{dir}/markup.html"}, "", 1,
@@ -181,7 +186,9 @@ const Case kCases[] = {
     {"missing lexicon", {"-d", "{dir}/nosuch.lxc", "check"}, "", 2, "", "{dir}/nosuch.lxc"},
     {"unknown lexicon name", {"-d", "klingon", "check"}, "", 2, "", "lxspell: klingon: no such lexicon\n"},
     {"lexicon from the environment", {"check", "{dir}/clean.txt"}, "", 2, "", "lxspell: {dir}/junk.lxc",
-    },
+     {"LXSPELL_LEXICON={dir}/junk.lxc"}},
+    {"-d before the environment", {"-d", "en_US", "list"}, "wrods\n", 1, "wrods\n", "",
+     {"LXSPELL_LEXICON={dir}/junk.lxc"}},
     {"bad option", {"--frobnicate", "check"}, "", 2, "", "lxspell: unknown option '--frobnicate'; see lxspell --help\n"},
     {"bad depth", {"--depth", "101", "check"}, "", 2, "", "lxspell: --depth needs a number from 0 to 100\n"},
     {"option without its value", {"check", "-d"}, "", 2, "", "lxspell: -d needs a lexicon\n"},
@@ -207,9 +214,7 @@ TEST(Lxspell, CommandLines) {
     make_files(t.dir);
     for (const Case &c : kCases) {
         SCOPED_TRACE(c.name);
-        std::vector<std::string> env;
-        if (std::string(c.name) == "lexicon from the environment") env.push_back("LXSPELL_LEXICON={dir}/junk.lxc");
-        const Outcome r = t.run(c.args, c.input, env);
+        const Outcome r = t.run(c.args, c.input, c.env);
         EXPECT_EQ(c.status, r.status);
         EXPECT_EQ(expand(c.out, t.dir.path), r.out);
         if (c.err.empty()) EXPECT_EQ("", r.err);
@@ -275,6 +280,34 @@ TEST(Lxspell, CompileWritesBesideAndNeverClobbers) {
     // The bundled lexicon comes after neither: only the named ones count.
     r = t.run({"-d", "{dir}/latin1.lxc", "list"}, "cherry\n");
     EXPECT_EQ("cherry\n", r.out);
+}
+
+// Without -d or LXSPELL_LEXICON the lexicon is looked for beside the
+// program, then in ../share/lxspell/ from its folder: the installed layout.
+TEST(Lxspell, FindsTheLexiconOfItsPrefix) {
+    Lxspell t;
+    std::filesystem::create_directories(t.dir / "prefix/bin");
+    std::filesystem::create_directories(t.dir / "prefix/share/lxspell");
+    const std::string exe = t.dir / "prefix/bin/lxspell";
+    std::filesystem::copy_file(LXSPELL_EXE, exe);
+    Outcome r = t.run({"list"}, "apple\n", {}, exe);
+    EXPECT_EQ(2, r.status);
+    EXPECT_EQ("lxspell: no lexicon found beside the program or in ../share/lxspell; name one with -d FILE\n", r.err);
+
+    write_bytes(t.dir / "tiny.txt", "apple\nbanana\n");
+    ASSERT_EQ(0, t.run({"compile", "{dir}/tiny.txt", "{dir}/prefix/share/lxspell/en_US.lxc"}).status);
+    r = t.run({"list"}, "apple banana cherry\n", {}, exe);
+    EXPECT_EQ(1, r.status) << r.err;
+    EXPECT_EQ("cherry\n", r.out);
+    // An editor's dictionary name means the same lexicon.
+    r = t.run({"-a", "-d", "english"}, "^apple cherry\n", {}, exe);
+    EXPECT_NE(std::string::npos, r.out.find("\n*\n# cherry 7\n\n")) << r.out;
+
+    // One beside the program comes first.
+    write_bytes(t.dir / "other.txt", "cherry\n");
+    ASSERT_EQ(0, t.run({"compile", "{dir}/other.txt", "{dir}/prefix/bin/en_US.lxc"}).status);
+    r = t.run({"list"}, "apple banana cherry\n", {}, exe);
+    EXPECT_EQ("apple\nbanana\n", r.out);
 }
 
 TEST(Lxspell, PersonalLexicon) {
@@ -461,4 +494,86 @@ TEST(Lxspell, PipeConversation) {
         EXPECT_EQ("", r.err);
     }
     EXPECT_NE(std::string::npos, read_bytes(t.dir / "pers.lex").find("qwertyx\t"));
+}
+
+// The tool's UTF-8 decoder: what it takes, what it refuses and where.
+TEST(LxspellText, Utf8ToLatin1) {
+    using lxspell::kForeign;
+    struct {
+        std::string in;
+        size_t bad; // npos: valid
+        std::string out;
+    } cases[] = {
+        {"plain", std::string::npos, "plain"},
+        {"caf\xC3\xA9", std::string::npos, "caf\xE9"},
+        {"\xC2\x80\xC3\xBF", std::string::npos, "\x80\xFF"},
+        {"\xC4\x80", std::string::npos, std::string(1, kForeign)},               // U+0100
+        {"\xE2\x82\xAC!", std::string::npos, std::string(1, kForeign) + "!"},    // euro sign
+        {"\xF0\x9F\x98\x80", std::string::npos, std::string(1, kForeign)},       // U+1F600
+        {"ab\xFF", 2, "ab"},                                                     // never in UTF-8
+        {"ab\xC3", 2, "ab"},                                                     // cut short
+        {"a\xC3(", 1, "a"},                                                      // bad continuation
+        {"\xC0\xAF", 0, ""},                                                     // overlong '/'
+        {"\xE0\x80\xAF", 0, ""},                                                 // overlong, 3 bytes
+        {"\xED\xA0\x80", 0, ""},                                                 // surrogate
+        {"\xF4\x90\x80\x80", 0, ""},                                             // beyond U+10FFFF
+        {"x\x80", 1, "x"},                                                       // lone continuation
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.in);
+        std::string out;
+        EXPECT_EQ(c.bad, lxspell::utf8_to_latin1(c.in, out));
+        EXPECT_EQ(c.out, out);
+        if (c.bad == std::string::npos && out.find(kForeign) == std::string::npos) {
+            EXPECT_EQ(c.in, lxspell::to_utf8(out));
+        }
+    }
+}
+
+// Blocks end at line ends and give back every byte; a line without an end
+// is cut at a blank, or at a character boundary, within the limit.
+TEST(LxspellText, BlockReader) {
+    struct {
+        const char *name;
+        std::string text;
+        std::vector<std::string> blocks;
+    } cases[] = {
+        {"empty", "", {}},
+        {"short, no line end", "abc", {"abc"}},
+        {"cut at the last line end", "aaaa\nbbbb\ncc\n", {"aaaa\nbbbb\n", "cc\n"}},
+        {"a line longer than a block", "aaaaaaaaaaaaaaa\nb\n", {"aaaaaaaaaaaaaaa\n", "b\n"}},
+        {"a line longer than the limit: at a blank", "aaa bbb ccc ddd eee fff ggg", {"aaa bbb ccc ddd ", "eee fff ggg"}},
+        {"no blank: at a character boundary", "\xC3\xA9\xC3\xA9\xC3\xA9\xC3\xA9\xC3\xA9\xC3\xA9\xC3\xA9\xC3\xA9\xC3\xA9\xC3\xA9",
+         {"\xC3\xA9\xC3\xA9\xC3\xA9\xC3\xA9\xC3\xA9\xC3\xA9\xC3\xA9\xC3\xA9\xC3\xA9", "\xC3\xA9"}},
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.name);
+        FILE *fp = fmemopen(const_cast<char *>(c.text.data()), c.text.size(), "rb");
+        if (c.text.empty()) fp = std::fopen("/dev/null", "rb");
+        ASSERT_NE(nullptr, fp);
+        lxspell::BlockReader reader(fp, 12, 19);
+        std::vector<std::string> got;
+        for (std::string block; reader.next(block);) got.push_back(block);
+        EXPECT_FALSE(reader.failed());
+        EXPECT_EQ(c.blocks, got);
+        std::fclose(fp);
+    }
+}
+
+// Lines and columns count characters of the original; byte offsets its bytes.
+TEST(LxspellText, Positions) {
+    const std::string original = "caf\xC3\xA9 x\nna\xC3\xAFve \xE2\x82\xAC y\n";
+    std::string engine;
+    ASSERT_EQ(std::string::npos, lxspell::utf8_to_latin1(original, engine));
+    lxspell::PositionTracker tracker;
+    tracker.begin_block(engine, original, lxspell::Encoding::Utf8, lxspell::Position{4, 3, 100});
+    const auto at = [&](size_t offset) {
+        const lxspell::Position p = tracker.at(offset);
+        return std::to_string(p.line) + ":" + std::to_string(p.column) + ":" + std::to_string(p.byte);
+    };
+    EXPECT_EQ("4:3:100", at(0));
+    EXPECT_EQ("4:8:106", at(5));   // x
+    EXPECT_EQ("5:1:108", at(7));   // n
+    EXPECT_EQ("5:9:119", at(15));  // y, behind a 3-byte character
+    EXPECT_EQ("6:1:121", at(engine.size()));
 }

@@ -162,7 +162,8 @@ bool compile_lexicon(const std::string &list, const std::string &output, Encodin
     if (rc < 0) {
         // The engine names the line of a bad word ("... at line N [...]");
         // our copy has the user's line numbers.
-        const std::string msg = LX_Compress_GetLastMsg();
+        // The message quotes the word in ISO 8859-1.
+        const std::string msg = from_latin1(LX_Compress_GetLastMsg(), enc);
         const size_t at = msg.find("at line ");
         if (at != std::string::npos) {
             err = list + ":" + std::to_string(std::strtoul(msg.c_str() + at + 8, nullptr, 10)) + ": " + msg;

@@ -168,7 +168,8 @@ int parse(int argc, char **argv, Cli &cli) {
     for (int i = 1; i < argc; ++i) {
         std::string arg = argv[i];
         if (positionalOnly || arg == "-" || arg.empty() || arg[0] != '-') {
-            if (cli.command.empty() && is_command(arg) && !positionalOnly) cli.command = arg;
+            // A command comes first: `lxspell FILE list` checks two files.
+            if (cli.command.empty() && cli.args.empty() && !positionalOnly && is_command(arg)) cli.command = arg;
             else cli.args.push_back(arg);
             continue;
         }
