@@ -230,7 +230,9 @@ header_lines() {
 	echo "Run of $(date -u '+%Y-%m-%d %H:%M UTC')$( ((short)) && echo ', short mode')."
 	echo ""
 	echo "Machine: $cpu, $(nproc) cores, $mem, $(uname -sr);" \
-		"load average at the start $(cut -d' ' -f1-3 /proc/loadavg)."
+		"load average at the start $(cut -d' ' -f1-3 /proc/loadavg)" \
+		"(work of others on the machine stretches wall times more than CPU" \
+		"times)."
 	echo "Versions: $(hunspell -v </dev/null 2>&1 | head -1 | sed 's/^@(#) //');" \
 		"$(aspell --version 2>&1 | head -1 | sed 's/^@(#) //');" \
 		"nuspell $(dpkg-query -W -f='${Version}' libnuspell-dev);" \
