@@ -14,7 +14,8 @@
 # Environment: LXSPELL (default build/bin/lxspell), LXC (default
 # build/bin/en_US.lxc), PEERS_CACHE (default build/peers: everything built
 # or downloaded here, reused by the next run), PEERS_TABLE (default
-# bench/peers/table.md), PEERS_PLOT (default bench/peers/suggest.png),
+# bench/peers/table.md; build/peers/short/table.md in short mode),
+# PEERS_PLOT (default bench/peers/suggest.png, or beside the short table),
 # PEERS_SLOW_CAP (pairs a list for Hunspell and Nuspell, default 500).
 #
 # The fair inputs: data/en_US.txt, the word list lxengine's bundled lexicon
@@ -54,8 +55,6 @@ done
 cache=${PEERS_CACHE:-$root/build/peers}
 lxspell=${LXSPELL:-$root/build/bin/lxspell}
 lxc=${LXC:-$root/build/bin/en_US.lxc}
-table=${PEERS_TABLE:-$here/table.md}
-plot=${PEERS_PLOT:-$here/suggest.png}
 wordlist=$root/data/en_US.txt
 slow_cap=${PEERS_SLOW_CAP:-500}
 pairs_max=
@@ -70,6 +69,11 @@ if ((short)); then
 fi
 work=$cache/$( ((short)) && echo short || echo full)
 mkdir -p "$cache" "$work"
+# A short run is a check of the script: its table stays in the cache unless
+# asked for elsewhere, and never replaces the last full run's.
+results=$( ((short)) && echo "$work" || echo "$here")
+table=${PEERS_TABLE:-$results/table.md}
+plot=${PEERS_PLOT:-$results/suggest.png}
 
 say() { printf '== %s\n' "$*" >&2; }
 
