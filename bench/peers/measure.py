@@ -19,11 +19,13 @@ Figures:
             corpus (and / median CPU seconds, user + system), peak resident
             memory (ru_maxrss of the child, what GNU time prints as %M), and
             the number of words the tool printed;
-  start-up  median wall milliseconds for a one-word input, its peak memory;
+  start-up  median wall (and CPU) milliseconds for a one-word input, its
+            peak memory;
   size      bytes of the lexicon files, against the word list and its
             gzip -9 and xz -9 sizes;
-  suggest   for each pair list, words per second through the pipe mode (one
-            misspelling a line, each line sent as "^word"), and the share of
+  suggest   for each pair list, words per second (wall and CPU) and peak
+            memory through the pipe mode (one misspelling a line, each line
+            sent as "^word"), and the share of
             pairs whose correction is the first suggestion, in the first
             five, in the first ten. A misspelling the checker accepts is a
             miss. Slow rows get an evenly spaced sample of slow_cap pairs and
@@ -249,6 +251,8 @@ def main(rows_path, config_path):
     for listname, pairs in lists.items():
         all_idx = list(range(len(pairs)))
         t = {r.name: [] for r in rows}
+        tc = {r.name: [] for r in rows}
+        mem = {r.name: [] for r in rows}
         sug = {}
         for k in range(runs):
             for r in rows:
@@ -262,6 +266,8 @@ def main(rows_path, config_path):
                 if st != 0:
                     log(f"  {r.name}: pipe mode exited with {st}")
                 t[r.name].append(w)
+                tc[r.name].append(c)
+                mem[r.name].append(m)
                 if k == 0:
                     s = parse_pipe(out, len(idx), r.enc)
                     sug[r.name] = dict(zip(idx, s))
@@ -273,6 +279,8 @@ def main(rows_path, config_path):
             sc = score(got, [pairs[i] for i in idx])
             sc["n"] = len(idx)
             sc["wps"] = len(idx) / median(t[r.name])
+            sc["wps_cpu"] = len(idx) / max(median(tc[r.name]), 1e-9)
+            sc["rss_kib"] = median(mem[r.name])
             res[r.name][listname] = sc
             cidx = slow_idx[listname]
             csc = score([sug[r.name][i] for i in cidx],
@@ -367,13 +375,15 @@ def render(out, cfg):
     L.append(f"Word list: {sizes['wordlist']:,} bytes, gzip -9 "
              f"{sizes['gzip']:,}, xz -9 {sizes['xz']:,}.")
     L.append("")
-    L.append("| checker | list | pairs | words/s | first | top 5 | top 10 |")
-    L.append("|---|---|---:|---:|---:|---:|---:|")
+    L.append("| checker | list | pairs | words/s (wall) | (CPU) | peak MB "
+             "| first | top 5 | top 10 |")
+    L.append("|---|---|---:|---:|---:|---:|---:|---:|---:|")
     for listname in ("wiki", "codespell"):
         for r in rows:
             s = r[listname]
             L.append(f"| {r['name']} | {listname} | {s['n']:,} "
-                     f"| {fmt_rate(s['wps'])} | {pct(s['top1'])} "
+                     f"| {fmt_rate(s['wps'])} | {fmt_rate(s['wps_cpu'])} "
+                     f"| {s['rss_kib'] / 1024:.1f} | {pct(s['top1'])} "
                      f"| {pct(s['top5'])} | {pct(s['top10'])} |")
     L.append("")
     common = out["common"]
@@ -401,10 +411,11 @@ def render(out, cfg):
         L.append("")
         L.append("| checker | list words/s (wall) | (CPU) | (less start-up) "
                  "| list peak MB | start-up ms | (CPU) | start-up MB "
-                 "| lexicon bytes | wiki words/s | wiki first | wiki top 5 "
-                 "| codespell words/s | codespell first | codespell top 5 |")
+                 "| lexicon bytes | wiki words/s | (CPU) | wiki first "
+                 "| wiki top 5 | codespell words/s | (CPU) | codespell first "
+                 "| codespell top 5 |")
         L.append("|---|---:|---:|---:|---:|---:|---:|---:|---:|---:|---:|---:"
-                 "|---:|---:|---:|")
+                 "|---:|---:|---:|---:|---:|")
         for r in rows:
             cells = [ratio(r[k], base[k]) for k in (
                 "list_wps_wall", "list_wps_cpu", "list_wps_net",
@@ -413,7 +424,7 @@ def render(out, cfg):
                 "lexicon_bytes")]
             for ln in ("wiki", "codespell"):
                 cells += [ratio(r[ln][k], base[ln][k])
-                          for k in ("wps", "top1", "top5")]
+                          for k in ("wps", "wps_cpu", "top1", "top5")]
             L.append(f"| {r['name']} | " + " | ".join(cells) + " |")
     L.append("")
     return "\n".join(L)
