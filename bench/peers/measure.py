@@ -2,6 +2,7 @@
 """Runs every checker of a rows file over the same inputs and writes one table.
 
   measure.py ROWS CONFIG
+  measure.py --render RESULTS_JSON TABLE   (the table again from a saved run)
 
 ROWS has one checker a line, fields separated by tabs:
   name  encoding(utf8|latin1)  slow(0|1)  lexicon files (':'-separated)
@@ -11,8 +12,9 @@ in between, so start-up times are the tool's own); each reads standard input.
 
 CONFIG is a JSON object: corpus_utf8, corpus_latin1, corpus_words, pairs_dir,
 wordlist, runs, startup_runs, slow_cap, out_json, out_table, out_plot_data,
-out_plot_script, out_plot (the PNG the script makes), baseline (row name for
-the ratios), header (list of lines for the table).
+out_plot_script, out_plot (the PNG the script makes), scratch (a directory
+for the runs' inputs and outputs), baseline (row name for the ratios), header
+(list of lines for the table).
 
 Figures:
   list      corpus words / median wall seconds of the list command over the
@@ -159,7 +161,9 @@ def main(rows_path, config_path):
     with open(rows_path) as f:
         rows = [Row(ln) for ln in f if ln.strip() and not ln.startswith("#")]
     runs, su_runs, cap = cfg["runs"], cfg["startup_runs"], cfg["slow_cap"]
-    tmp = tempfile.mkdtemp(prefix="peers-")
+    # Inputs and outputs of the runs, kept for a look after the run.
+    tmp = cfg["scratch"]
+    os.makedirs(tmp, exist_ok=True)
     corpus = {"utf8": cfg["corpus_utf8"], "latin1": cfg["corpus_latin1"]}
     res = {r.name: {"name": r.name} for r in rows}
 
@@ -178,9 +182,12 @@ def main(rows_path, config_path):
         lists[name] = pairs
     slow_idx = {k: sample(v, cap) for k, v in lists.items()}
 
+    written = set()
+
     def pipe_input(listname, enc, idx):
         p = os.path.join(tmp, f"{listname}.{enc}.{len(idx)}")
-        if not os.path.exists(p):
+        if p not in written:
+            written.add(p)
             pairs = lists[listname]
             with open(p, "wb") as f:
                 for i in idx:
@@ -430,7 +437,18 @@ def render(out, cfg):
     return "\n".join(L)
 
 
+def rerender(results_path, table_path):
+    """Writes the table again from a run's saved results."""
+    with open(results_path) as f:
+        out = json.load(f)
+    with open(table_path, "w") as f:
+        f.write(render(out, out["config"]))
+
+
 if __name__ == "__main__":
-    if len(sys.argv) != 3:
+    if len(sys.argv) == 4 and sys.argv[1] == "--render":
+        rerender(sys.argv[2], sys.argv[3])
+    elif len(sys.argv) == 3:
+        main(sys.argv[1], sys.argv[2])
+    else:
         sys.exit(__doc__)
-    main(sys.argv[1], sys.argv[2])

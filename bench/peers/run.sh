@@ -272,6 +272,7 @@ measure() {
 		    "out_plot_data": "$work/suggest.dat",
 		    "out_plot_script": "$work/suggest.gp",
 		    "out_plot": "$plot",
+		    "scratch": "$work/scratch",
 		    "baseline": "lxengine",
 		    "header": open("$work/header.txt").read().splitlines(),
 		}, open(sys.argv[1], "w"), indent=1)
