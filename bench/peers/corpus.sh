@@ -49,12 +49,15 @@ raw_corpus() {
 }
 
 recipe
-if [[ ! -s $out/corpus.raw.txt ]]; then
+# Made again when the recipe (this script) or the normaliser changes.
+if [[ ! -s $out/corpus.raw.txt || $0 -nt $out/corpus.raw.txt ]]; then
 	raw_corpus >"$out/corpus.raw.txt.tmp"
 	mv "$out/corpus.raw.txt.tmp" "$out/corpus.raw.txt"
 fi
 stamp="$out/corpus.max"
 if [[ ! -s $out/corpus.utf8.txt || ! -s $out/corpus.latin1.txt ||
+	$out/corpus.raw.txt -nt $out/corpus.utf8.txt ||
+	$here/inputs.py -nt $out/corpus.utf8.txt ||
 	"$(cat "$stamp" 2>/dev/null)" != "$max" ]]; then
 	python3 "$here/inputs.py" normalize "$out/corpus.raw.txt" \
 		"$out/corpus.utf8.txt" "$out/corpus.latin1.txt" \
