@@ -89,7 +89,12 @@ MCSuffixTable simple_table(const LX_FCLex &fc) { return table_view(fc.simpleSuff
 MCSuffixTable ext_table(const LX_FCLex &fc) { return table_view(fc.extSuffixes, fc.nExtSuffixes); }
 
 MCSegment mc_segment(const FCSegment *seg) {
-    return {seg->data, seg->size, {seg->key[0], seg->key[1], seg->key[2]}};
+    MCSegment mseg{seg->data, seg->size, {seg->key[0], seg->key[1], seg->key[2]}};
+    if (seg->jumps != nullptr) {
+        mseg.jumps = seg->jumps + 1;
+        mseg.nJumps = static_cast<int32_t>(seg->jumps[0]);
+    }
+    return mseg;
 }
 
 // The key as a text of up to three characters.
@@ -104,22 +109,22 @@ constexpr uint32_t kFirstStarts = 257;
 const uint32_t *keys_of(const LX_FCLex &fc) { return fc.packedKeys + kFirstStarts; }
 
 // Index of the first key not below packed: a binary search among the keys
-// of packed's first byte.
+// of packed's first byte, in a form that the compiler makes without
+// branches (a lookup's key is hard to foresee).
 int32_t lower_bound(const LX_FCLex &fc, uint32_t packed) {
     const uint32_t first = packed >> 16;
     if (first > 255) return fc.nSegments;
     const uint32_t *keys = keys_of(fc);
-    uint32_t lo = fc.packedKeys[first], n = fc.packedKeys[first + 1] - lo;
-    while (n > 0) {
+    const uint32_t lo = fc.packedKeys[first];
+    uint32_t n = fc.packedKeys[first + 1] - lo;
+    if (n == 0) return static_cast<int32_t>(lo);
+    const uint32_t *base = keys + lo;
+    while (n > 1) {
         const uint32_t half = n / 2;
-        if (keys[lo + half] < packed) {
-            lo += half + 1;
-            n -= half + 1;
-        } else {
-            n = half;
-        }
+        base = base[half] < packed ? base + half : base;
+        n -= half;
     }
-    return static_cast<int32_t>(lo);
+    return static_cast<int32_t>(base - keys) + (*base < packed);
 }
 
 // The list of segments in memory, oldest request first.
@@ -137,7 +142,27 @@ void link_newest(LX_FCLex &fc, FCSegment *seg) {
 
 void drop_data(FCSegment *seg) {
     LX_MEM_FREE(seg->data);
+    LX_MEM_FREE(seg->jumps);
     seg->data = nullptr;
+    seg->jumps = nullptr;
+}
+
+// Gives a segment just loaded its jumps, so that exact lookups skip most
+// of its records. Without a budget only: each segment is then loaded once
+// and stays, so the pass that finds the jumps is paid once, and the
+// memory for segment data has no limit that the table would have to fit
+// in. A segment with few records, or no memory for the table, does
+// without.
+void make_jumps(const LX_FCLex &fc, FCSegment *seg) {
+    uint32_t jumps[MC_MAX_JUMPS];
+    const MCSegment mseg = mc_segment(seg);
+    const MCSuffixTable simple = simple_table(fc), ext = ext_table(fc);
+    const int32_t n = MCLex_MakeJumps(&mseg, &simple, &ext, jumps, MC_MAX_JUMPS);
+    if (n == 0) return;
+    seg->jumps = static_cast<uint32_t *>(LX_MEM_ALLOC(sizeof(uint32_t) * (static_cast<size_t>(n) + 1)));
+    if (seg->jumps == nullptr) return;
+    seg->jumps[0] = static_cast<uint32_t>(n);
+    std::memcpy(seg->jumps + 1, jumps, sizeof(uint32_t) * static_cast<size_t>(n));
 }
 
 // Skips to the file position target. False when target lies behind the
@@ -363,6 +388,7 @@ int16_t FCLex_ReadIndex(PortFile *fid, uint32_t length, LX_Lexicon *lex) {
         seg->lastUse = 0;
         seg->older = seg->newer = nullptr;
         seg->beyondEnd = false;
+        seg->jumps = nullptr;
         fc.segIndex[i] = seg;
         keys[i] = packed;
         ++fc.nSegments;
@@ -468,6 +494,8 @@ int16_t FCLex_LoadSegment(LX_Lexicon *lex, FCSegment *seg) {
     if (fc.budget > 0) {
         fc.budgetLeft -= static_cast<int32_t>(seg->size);
         link_newest(fc, seg);
+    } else {
+        make_jumps(fc, seg);
     }
     return 0;
 }

@@ -25,15 +25,19 @@ struct FCSegment {
     uint32_t offset;  // from the index, relative to dataStart
     uint32_t lastUse; // useClock at the last request; 0 until the first
     uchar key[LXC_KEY_SZ];
+    // True if the segment's end lay behind the end of the file at the
+    // open (a file may end inside its data section): such a segment is
+    // only allocated for once the file is seen to hold it.
+    bool beyondEnd;
     // The segments in memory form a list by the time of their last
     // request, oldest first (kept only while a budget is set). As each
     // request takes a new lastUse, the list's order is that of lastUse.
     FCSegment *older;
     FCSegment *newer;
-    // True if the segment's end lay behind the end of the file at the
-    // open (a file may end inside its data section): such a segment is
-    // only allocated for once the file is seen to hold it.
-    bool beyondEnd;
+    // Without a budget, the segment's jumps (mclex.h) while it is in
+    // memory, behind their number: jumps[0] is n, jumps[1..n] the jumps.
+    // Null if it has none.
+    uint32_t *jumps;
 };
 
 // Behind LX_Lexicon_Close: frees everything the lexicon holds. Gives 0.

@@ -8,6 +8,7 @@
 // segment. A record that fails a check ends the pass; nothing is allocated.
 #include "mclex.h"
 
+#include <algorithm>
 #include <cstring>
 
 #include "chartab.h"
@@ -42,6 +43,9 @@ int32_t suffix_length(const MCSuffixTable *table, int32_t i) {
     return table->lengths != nullptr ? table->lengths[i] : static_cast<int32_t>(std::strlen(table->entries[i]));
 }
 
+// The first two bytes of a tail, as a jump keeps them.
+uint32_t two_bytes(const uchar *tail) { return static_cast<uint32_t>(tail[0]) << 8 | (tail[0] != 0 ? tail[1] : 0); }
+
 // Looks for the tail want among the records of a segment without
 // rebuilding the words. The words before the one sought share with it a
 // prefix of eq bytes and are below it at eq (exact) or differ from it
@@ -62,6 +66,20 @@ uint16_t find_tail(const MCSegment *seg, const MCSuffixTable *simpleSuffixes, co
     auto same = [](uchar a, uchar b) { return NoCase ? lx_to_lower(a) == lx_to_lower(b) : a == b; };
     int32_t eq = 0;      // see above
     int32_t tailLen = 0; // of the word before
+    if (!NoCase && seg->nJumps > 0) {
+        // Begin at the last jump whose two bytes aren't above want's. The
+        // word before it kept the jump's first byte if the jump keeps one,
+        // so eq is 1 where that byte is want's, else 0; the record's own
+        // check of its shared count needs only that count.
+        const uint32_t *after =
+            std::upper_bound(seg->jumps, seg->jumps + seg->nJumps, two_bytes(want) << 16 | 0xFFFF);
+        if (after != seg->jumps) {
+            const uint32_t jump = after[-1];
+            p = seg->data + (jump & 0xFFFF);
+            tailLen = *p;
+            eq = tailLen > 0 && want[0] == jump >> 24 ? 1 : 0;
+        }
+    }
     while (p < end) {
         const int32_t shared = *p++;
         if (shared > tailLen) return 0;
@@ -231,6 +249,32 @@ uint16_t MCLex_FindNoCase(const MCSegment *seg, const MCSuffixTable *simpleSuffi
         if (w[i] == 0) return 1; // the key is the whole word: no record to decode
     }
     return find_tail<true>(seg, simpleSuffixes, extSuffixes, w + kTailStart);
+}
+
+int32_t MCLex_MakeJumps(const MCSegment *seg, const MCSuffixTable *simpleSuffixes, const MCSuffixTable *extSuffixes,
+                        uint32_t *jumps, int32_t capacity) {
+    LX_ASSERT(jumps != NULL || capacity == 0);
+    MCDecoder dec;
+    MCLex_DecodeStart(&dec, seg, simpleSuffixes, extSuffixes);
+    const uchar *tail = reinterpret_cast<const uchar *>(dec.curWord + kTailStart);
+    int32_t n = 0, sinceJump = 0;
+    uint32_t before = 0; // the two bytes of the record before
+    for (bool first = true;; first = false) {
+        const auto offset = static_cast<uint32_t>(dec.pos - seg->data);
+        if (MCLex_DecodeNext(&dec) != 1) break;
+        const uint32_t now = two_bytes(tail);
+        if (!first) {
+            if (now < before) break; // no jump may lie behind a fall
+            if (now != before && sinceJump >= MC_JUMP_GAP) {
+                if (n == capacity || offset > 0xFFFF) break;
+                jumps[n++] = now << 16 | offset;
+                sinceJump = 0;
+            }
+        }
+        ++sinceJump;
+        before = now;
+    }
+    return n;
 }
 
 int32_t MCLex_EncodeWord(const char *tail, const char *prevTail, const MCSuffixTable *simpleSuffixes,

@@ -327,6 +327,55 @@ TEST(LxcFormat, RandomWordListsRoundTrip) {
     }
 }
 
+// ------------------------------------------------------ jumps
+
+// An exact scan that begins at a jump answers as a scan from the first
+// record, for every word of a segment and words beside each, also where
+// records are damaged or out of order (the jumps then end before them).
+TEST(LxcFormat, JumpsGiveTheAnswersOfAFullScan) {
+    std::mt19937 rng(7);
+    auto pick = [&](int lo, int hi) { return std::uniform_int_distribution<int>(lo, hi)(rng); };
+    const Tables t{Table({"ed", "s", "ing", "es", "abd"}), Table({"e", "d", "b", "ca"})};
+    int jumped = 0;
+    for (int round = 0; round < 300; ++round) {
+        SCOPED_TRACE(round);
+        const int letters = pick(2, 5);
+        std::vector<std::string> words(pick(1, 400));
+        for (auto &w : words) {
+            w = "abc";
+            for (int i = pick(0, 6); i > 0; --i) w += static_cast<char>('a' + pick(0, letters - 1));
+        }
+        std::sort(words.begin(), words.end());
+        words.erase(std::unique(words.begin(), words.end()), words.end());
+        const int mischief = pick(0, 3); // 0 none, 1 a byte changed, 2 two words swapped
+        if (mischief == 2 && words.size() > 1) std::swap(words[pick(0, static_cast<int>(words.size()) - 2)], words.back());
+        Bytes records = encode(words, t);
+        if (mischief == 1) records[pick(0, static_cast<int>(records.size()) - 1)] = static_cast<uchar>(pick(0, 0x70));
+        std::unique_ptr<uchar[]> block(new uchar[records.size()]);
+        std::copy(records.begin(), records.end(), block.get());
+        const MCSegment plain{block.get(), static_cast<uint32_t>(records.size()), {'a', 'b', 'c'}};
+        uint32_t jumps[MC_MAX_JUMPS];
+        MCSegment jumping = plain;
+        jumping.jumps = jumps;
+        jumping.nJumps = MCLex_MakeJumps(&plain, &t.simple.view, &t.ext.view, jumps, MC_MAX_JUMPS);
+        jumped += jumping.nJumps > 0;
+        std::vector<std::string> queries = {"abc", "abcz", "abc\xff"};
+        for (const auto &w : words) {
+            std::string next = w, before = w;
+            next.back() = static_cast<char>(next.back() + 1);
+            before.back() = static_cast<char>(before.back() - 1);
+            queries.insert(queries.end(), {w, w + "a", w.substr(0, w.size() - 1), next, before});
+        }
+        for (const auto &q : queries) {
+            if (q.compare(0, 3, "abc") != 0) continue;
+            ASSERT_EQ(MCLex_Scan(&plain, 1, &t.simple.view, &t.ext.view, q.c_str(), nullptr, nullptr),
+                      MCLex_Scan(&jumping, 1, &t.simple.view, &t.ext.view, q.c_str(), nullptr, nullptr))
+                << q << " mischief " << mischief;
+        }
+    }
+    EXPECT_GT(jumped, 100);
+}
+
 // ------------------------------------------------------ damaged records
 
 TEST(LxcFormat, DamagedRecordsEndThePass) {
