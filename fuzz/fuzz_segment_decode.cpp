@@ -8,8 +8,9 @@
 // its buffer, and the pass must end. When every decoded tail could be
 // stored again, the words are coded anew with the same tables and must
 // decode to the same words, and coding them once more gives the same
-// bytes. An exact scan that may begin at a jump must answer as one from
-// the first record, for every decoded word and the words beside it.
+// bytes. Searches that go by the segment's jumps, exact and without
+// regard to case, must answer as scans from the first record, for every
+// decoded word and the words beside it.
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
@@ -17,6 +18,7 @@
 #include <string>
 #include <vector>
 
+#include "chartab.h"
 #include "mclex.h"
 
 namespace {
@@ -76,14 +78,18 @@ void check_jumps(const uint8_t *data, size_t size, const uchar *key, const FuzzT
     static uint32_t jumps[MC_MAX_JUMPS];
     MCSegment jumping = plain;
     jumping.jumps = jumps;
-    jumping.nJumps = MCLex_MakeJumps(&plain, &simple.view, &ext.view, jumps, MC_MAX_JUMPS);
+    jumping.nJumps = MCLex_MakeJumps(&plain, &simple.view, &ext.view, jumps, MC_MAX_JUMPS, &jumping.jumpsComplete);
     check(jumping.nJumps >= 0 && jumping.nJumps <= MC_MAX_JUMPS);
     const std::string keyText(reinterpret_cast<const char *>(key), 3);
     for (const auto &tail : tails) {
-        for (const std::string &q : {tail, tail + "a", tail.substr(0, tail.size() / 2)}) {
+        std::string upper = tail;
+        for (char &c : upper) c = static_cast<char>(lx_to_upper(lx_byte(c)));
+        for (const std::string &q : {tail, tail + "a", tail.substr(0, tail.size() / 2), upper}) {
             const std::string word = keyText + q.substr(0, LXC_MAX_TAIL_LEN);
             check(MCLex_Scan(&plain, 1, &simple.view, &ext.view, word.c_str(), nullptr, nullptr) ==
                   MCLex_Scan(&jumping, 1, &simple.view, &ext.view, word.c_str(), nullptr, nullptr));
+            check(MCLex_FindNoCase(&plain, &simple.view, &ext.view, word.c_str()) ==
+                  MCLex_FindNoCase(&jumping, &simple.view, &ext.view, word.c_str()));
         }
     }
 }

@@ -95,7 +95,8 @@ MCSegment mc_segment(const FCSegment *seg) {
     MCSegment mseg{seg->data, seg->size, {seg->key[0], seg->key[1], seg->key[2]}};
     if (seg->jumps != nullptr) {
         mseg.jumps = seg->jumps + 1;
-        mseg.nJumps = static_cast<int32_t>(seg->jumps[0]);
+        mseg.nJumps = static_cast<int32_t>(seg->jumps[0] & ~FC_JUMPS_COMPLETE);
+        mseg.jumpsComplete = (seg->jumps[0] & FC_JUMPS_COMPLETE) != 0;
     }
     return mseg;
 }
@@ -173,11 +174,12 @@ void make_jumps(const LX_FCLex &fc, FCSegment *seg) {
     uint32_t jumps[MC_MAX_JUMPS];
     const MCSegment mseg = mc_segment(seg);
     const MCSuffixTable simple = simple_table(fc), ext = ext_table(fc);
-    const int32_t n = MCLex_MakeJumps(&mseg, &simple, &ext, jumps, MC_MAX_JUMPS);
+    bool complete;
+    const int32_t n = MCLex_MakeJumps(&mseg, &simple, &ext, jumps, MC_MAX_JUMPS, &complete);
     if (n == 0) return;
     seg->jumps = static_cast<uint32_t *>(LX_MEM_ALLOC(sizeof(uint32_t) * (static_cast<size_t>(n) + 1)));
     if (seg->jumps == nullptr) return;
-    seg->jumps[0] = static_cast<uint32_t>(n);
+    seg->jumps[0] = static_cast<uint32_t>(n) | (complete ? FC_JUMPS_COMPLETE : 0);
     std::memcpy(seg->jumps + 1, jumps, sizeof(uint32_t) * static_cast<size_t>(n));
 }
 

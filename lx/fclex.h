@@ -17,6 +17,7 @@
 #include "portab.h"
 
 inline constexpr uint32_t FCLEX_MAGIC = 0x0045066B;
+inline constexpr uint32_t FC_JUMPS_COMPLETE = 0x80000000;
 
 // One segment. data is null while the segment isn't in memory.
 struct FCSegment {
@@ -35,8 +36,9 @@ struct FCSegment {
     FCSegment *older;
     FCSegment *newer;
     // Without a budget, the segment's jumps (mclex.h) while it is in
-    // memory, behind their number: jumps[0] is n, jumps[1..n] the jumps.
-    // Null if it has none.
+    // memory, behind their number: jumps[0] is n, with FC_JUMPS_COMPLETE
+    // added if they are complete, and jumps[1..n] the jumps. Null if it
+    // has none.
     uint32_t *jumps;
 };
 

@@ -22,10 +22,12 @@ struct MCSegment {
     const uchar *data; // the word records
     uint32_t size;     // their number of bytes
     uchar key[LXC_KEY_SZ];
-    // Records at which an exact search may begin instead of the first (see
+    // Records at which a search may begin instead of the first (see
     // MCLex_MakeJumps); none if null.
     const uint32_t *jumps = nullptr;
     int32_t nJumps = 0;
+    // True if the jumps were made from every record of the segment.
+    bool jumpsComplete = false;
 };
 
 // A suffix table: count texts, numbered from 0. An empty table has count 0
@@ -94,7 +96,10 @@ uint16_t MCLex_FindNoCase(const MCSegment *seg, const MCSuffixTable *simpleSuffi
 // sorts below its two bytes: an exact search for a word whose two bytes
 // are not below a jump's may begin at that jump's record, knowing only
 // them, and meets the same records from there on as a search from the
-// first record. The jumps are at least MC_JUMP_GAP records apart.
+// first record. Where the jumps are complete (every record decodes, and
+// the two bytes never fall), the words of two given bytes stand between
+// two neighbouring jumps, which a search without regard to case uses.
+// The jumps are at least MC_JUMP_GAP records apart.
 inline constexpr int32_t MC_JUMP_GAP = 4;
 inline constexpr int32_t MC_MAX_JUMPS = 1024;
 
@@ -102,9 +107,9 @@ inline constexpr int32_t MC_MAX_JUMPS = 1024;
 // gives their number. Only records that a pass from the first record
 // reaches without a damaged record, within the first 64 KiB and while the
 // two bytes of the tails don't fall, can be jumps: where any of that
-// fails, the table ends.
+// fails, the table ends. *complete tells whether it went to the end.
 int32_t MCLex_MakeJumps(const MCSegment *seg, const MCSuffixTable *simpleSuffixes, const MCSuffixTable *extSuffixes,
-                        uint32_t *jumps, int32_t capacity);
+                        uint32_t *jumps, int32_t capacity, bool *complete);
 
 // Codes the record of the word whose tail is tail, behind the word whose
 // tail is prevTail ("" for a segment's first word), into out, which has

@@ -8,6 +8,7 @@
 #include <sstream>
 
 #include "api.h"
+#include "chartab.h"
 #include "lxcexample.h"
 #include "lxcformat.h"
 #include "lxtest.h"
@@ -329,25 +330,37 @@ TEST(LxcFormat, RandomWordListsRoundTrip) {
 
 // ------------------------------------------------------ jumps
 
-// An exact scan that begins at a jump answers as a scan from the first
-// record, for every word of a segment and words beside each, also where
-// records are damaged or out of order (the jumps then end before them).
+// A search that goes by the jumps answers as a scan from the first record,
+// exact and without regard to case, for every word of a segment and words
+// beside each, also where records are damaged or out of order, or the
+// table is cut short (the jumps then end before them).
 TEST(LxcFormat, JumpsGiveTheAnswersOfAFullScan) {
     std::mt19937 rng(7);
     auto pick = [&](int lo, int hi) { return std::uniform_int_distribution<int>(lo, hi)(rng); };
-    const Tables t{Table({"ed", "s", "ing", "es", "abd"}), Table({"e", "d", "b", "ca"})};
-    int jumped = 0;
+    const Tables t{Table({"ed", "s", "ing", "es", "aBd"}), Table({"e", "D", "b", "ca"})};
+    const std::string alphabet = "abcABC\xe9\xc9";
+    auto flip_case = [](std::string w, size_t from) {
+        for (size_t i = from; i < w.size(); ++i) {
+            const auto c = static_cast<uchar>(w[i]);
+            w[i] = static_cast<char>(lx_is_upper(c) ? lx_to_lower(c) : lx_to_upper(c));
+        }
+        return w;
+    };
+    int jumped = 0, complete = 0;
     for (int round = 0; round < 300; ++round) {
         SCOPED_TRACE(round);
-        const int letters = pick(2, 5);
+        const int letters = pick(2, static_cast<int>(alphabet.size()));
         std::vector<std::string> words(pick(1, 400));
         for (auto &w : words) {
             w = "abc";
-            for (int i = pick(0, 6); i > 0; --i) w += static_cast<char>('a' + pick(0, letters - 1));
+            for (int i = pick(0, 6); i > 0; --i) w += alphabet[pick(0, letters - 1)];
         }
-        std::sort(words.begin(), words.end());
+        std::sort(words.begin(), words.end(), [](const std::string &a, const std::string &b) {
+            return std::lexicographical_compare(a.begin(), a.end(), b.begin(), b.end(),
+                                                [](char x, char y) { return lx_byte(x) < lx_byte(y); });
+        });
         words.erase(std::unique(words.begin(), words.end()), words.end());
-        const int mischief = pick(0, 3); // 0 none, 1 a byte changed, 2 two words swapped
+        const int mischief = pick(0, 4); // 1 a byte changed, 2 two words swapped, 3 a short table
         if (mischief == 2 && words.size() > 1) std::swap(words[pick(0, static_cast<int>(words.size()) - 2)], words.back());
         Bytes records = encode(words, t);
         if (mischief == 1) records[pick(0, static_cast<int>(records.size()) - 1)] = static_cast<uchar>(pick(0, 0x70));
@@ -357,23 +370,30 @@ TEST(LxcFormat, JumpsGiveTheAnswersOfAFullScan) {
         uint32_t jumps[MC_MAX_JUMPS];
         MCSegment jumping = plain;
         jumping.jumps = jumps;
-        jumping.nJumps = MCLex_MakeJumps(&plain, &t.simple.view, &t.ext.view, jumps, MC_MAX_JUMPS);
+        jumping.nJumps = MCLex_MakeJumps(&plain, &t.simple.view, &t.ext.view, jumps, mischief == 3 ? pick(1, 4) : MC_MAX_JUMPS,
+                                         &jumping.jumpsComplete);
         jumped += jumping.nJumps > 0;
-        std::vector<std::string> queries = {"abc", "abcz", "abc\xff"};
+        complete += jumping.nJumps > 0 && jumping.jumpsComplete;
+        std::vector<std::string> queries = {"abc", "abcz", "abc\xff", "ABC"};
         for (const auto &w : words) {
             std::string next = w, before = w;
             next.back() = static_cast<char>(next.back() + 1);
             before.back() = static_cast<char>(before.back() - 1);
-            queries.insert(queries.end(), {w, w + "a", w.substr(0, w.size() - 1), next, before});
+            queries.insert(queries.end(), {w, w + "a", w.substr(0, w.size() - 1), next, before, flip_case(w, 3),
+                                           flip_case(w, w.size() - 1), flip_case(w, 0)});
         }
         for (const auto &q : queries) {
+            const MCSuffixTable *st = &t.simple.view, *et = &t.ext.view;
+            EXPECT_EQ(MCLex_FindNoCase(&plain, st, et, q.c_str()), MCLex_FindNoCase(&jumping, st, et, q.c_str()))
+                << q << " mischief " << mischief;
             if (q.compare(0, 3, "abc") != 0) continue;
-            ASSERT_EQ(MCLex_Scan(&plain, 1, &t.simple.view, &t.ext.view, q.c_str(), nullptr, nullptr),
-                      MCLex_Scan(&jumping, 1, &t.simple.view, &t.ext.view, q.c_str(), nullptr, nullptr))
+            ASSERT_EQ(MCLex_Scan(&plain, 1, st, et, q.c_str(), nullptr, nullptr),
+                      MCLex_Scan(&jumping, 1, st, et, q.c_str(), nullptr, nullptr))
                 << q << " mischief " << mischief;
         }
     }
     EXPECT_GT(jumped, 100);
+    EXPECT_GT(complete, 50);
 }
 
 // ------------------------------------------------------ damaged records
