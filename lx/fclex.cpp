@@ -16,7 +16,9 @@
 // a probe or two in a small block of memory instead of a search over the
 // records. With a budget, the segments in memory are kept in a list by
 // the time of their last request, so that the least recently requested one
-// is found at once when room must be made.
+// is found at once when room must be made. A segment gets its jumps
+// (mclex.h) when it is loaded, so that a lookup decodes only a few of its
+// records.
 #include "fclex.h"
 
 #include <algorithm>
@@ -164,18 +166,21 @@ void drop_data(FCSegment *seg) {
     seg->jumps = nullptr;
 }
 
-// Gives a segment just loaded its jumps, so that exact lookups skip most
-// of its records. Without a budget only: each segment is then loaded once
-// and stays, so the pass that finds the jumps is paid once, and the
-// memory for segment data has no limit that the table would have to fit
-// in. A segment with few records, or no memory for the table, does
-// without.
+// Gives a segment just loaded its jumps, so that lookups skip most of its
+// records. The table is freed with the segment's data and isn't counted
+// in the budget, which holds segment data as before; with a budget, a
+// table takes at most a quarter of its segment's size (its jumps end
+// there), so that all tables together stay below a quarter of the budget.
+// A segment with few records, or no memory for the table, does without.
 void make_jumps(const LX_FCLex &fc, FCSegment *seg) {
     uint32_t jumps[MC_MAX_JUMPS];
+    int32_t capacity = MC_MAX_JUMPS;
+    if (fc.budget > 0) capacity = std::min(capacity, static_cast<int32_t>(seg->size / 16) - 1);
+    if (capacity <= 0) return;
     const MCSegment mseg = mc_segment(seg);
     const MCSuffixTable simple = simple_table(fc), ext = ext_table(fc);
     bool complete;
-    const int32_t n = MCLex_MakeJumps(&mseg, &simple, &ext, jumps, MC_MAX_JUMPS, &complete);
+    const int32_t n = MCLex_MakeJumps(&mseg, &simple, &ext, jumps, capacity, &complete);
     if (n == 0) return;
     seg->jumps = static_cast<uint32_t *>(LX_MEM_ALLOC(sizeof(uint32_t) * (static_cast<size_t>(n) + 1)));
     if (seg->jumps == nullptr) return;
@@ -510,9 +515,8 @@ int16_t load_from_file(LX_FCLex &fc, FCSegment *seg) {
     if (fc.budget > 0) {
         fc.budgetLeft -= static_cast<int32_t>(seg->size);
         link_newest(fc, seg);
-    } else {
-        make_jumps(fc, seg);
     }
+    make_jumps(fc, seg);
     return 0;
 }
 

@@ -6,7 +6,9 @@
 // read from the file when a lookup first needs them; with a budget above
 // 0, the segments in memory never take more than budget bytes, and the
 // least recently requested ones are thrown out to make room. The file is
-// opened for each load and closed behind it.
+// opened for each load and closed behind it. Each loaded segment may have
+// a small table of jumps beside it, which the budget doesn't count (at
+// most a quarter of the segment's size while a budget is set).
 #ifndef LX_FCLEX_H
 #define LX_FCLEX_H
 
@@ -35,10 +37,9 @@ struct FCSegment {
     // request takes a new lastUse, the list's order is that of lastUse.
     FCSegment *older;
     FCSegment *newer;
-    // Without a budget, the segment's jumps (mclex.h) while it is in
-    // memory, behind their number: jumps[0] is n, with FC_JUMPS_COMPLETE
-    // added if they are complete, and jumps[1..n] the jumps. Null if it
-    // has none.
+    // The segment's jumps (mclex.h) while it is in memory, behind their
+    // number: jumps[0] is n, with FC_JUMPS_COMPLETE added if they are
+    // complete, and jumps[1..n] the jumps. Null if it has none.
     uint32_t *jumps;
 };
 
