@@ -305,20 +305,46 @@ int32_t MCLex_MakeJumps(const MCSegment *seg, const MCSuffixTable *simpleSuffixe
                         uint32_t *jumps, int32_t capacity, bool *complete) {
     LX_ASSERT(jumps != NULL || capacity == 0);
     LX_ASSERT(complete != NULL);
-    MCDecoder dec;
-    MCLex_DecodeStart(&dec, seg, simpleSuffixes, extSuffixes);
-    const uchar *tail = reinterpret_cast<const uchar *>(dec.curWord + kTailStart);
-    int32_t n = 0, sinceJump = 0;
+    // The records are checked as the decoder checks them, but of each word
+    // only its length and first two bytes are kept.
+    const uchar *p = seg->data;
+    const uchar *const end = p + seg->size;
+    const int32_t nSimple = reachable(simpleSuffixes, MAX_SIMPLE_SUFFIXES);
+    const int32_t nExt = reachable(extSuffixes, MAX_EXT_SUFFIXES);
+    uchar two[2] = {0, 0}; // the first two bytes of the tail, zeros behind its end
+    int32_t n = 0, sinceJump = 0, tailLen = 0;
     uint32_t before = 0; // the two bytes of the record before
     *complete = false;
-    for (bool first = true;; first = false) {
-        const auto offset = static_cast<uint32_t>(dec.pos - seg->data);
-        const int16_t r = MCLex_DecodeNext(&dec);
-        if (r != 1) {
-            *complete = r == 0;
-            return n;
+    for (bool first = true; p < end; first = false) {
+        const auto offset = static_cast<uint32_t>(p - seg->data);
+        const int32_t shared = *p++;
+        if (shared > tailLen) return n;
+        int32_t i = shared;
+        uchar c;
+        for (;;) {
+            if (p >= end) return n;
+            if ((c = *p++) < LXC_FIRST_LITERAL) break;
+            if (i < 2) two[i] = c;
+            ++i;
         }
-        const uint32_t now = two_bytes(tail);
+        const char *suffix = nullptr;
+        int32_t len = 0;
+        if (c == LXC_CODE_EXT) {
+            if (p >= end || *p >= nExt) return n;
+            suffix = extSuffixes->entries[*p];
+            len = suffix_length(extSuffixes, *p++);
+        } else if (c != LXC_CODE_END) {
+            if (c - LXC_CODE_SIMPLE >= nSimple) return n;
+            suffix = simpleSuffixes->entries[c - LXC_CODE_SIMPLE];
+            len = suffix_length(simpleSuffixes, c - LXC_CODE_SIMPLE);
+        }
+        if (i + len > LXC_MAX_TAIL_LEN) return n; // a tail too long, by letters or the suffix
+        for (int32_t k = 0; k < len && i + k < 2; ++k) two[i + k] = lx_byte(suffix[k]);
+        i += len;
+        for (int32_t k = i; k < 2; ++k) two[k] = 0;
+        tailLen = i;
+
+        const uint32_t now = two_bytes(two);
         if (!first) {
             if (now < before) return n; // no jump may lie behind a fall
             if (now != before && sinceJump >= MC_JUMP_GAP) {
@@ -330,6 +356,8 @@ int32_t MCLex_MakeJumps(const MCSegment *seg, const MCSuffixTable *simpleSuffixe
         ++sinceJump;
         before = now;
     }
+    *complete = true;
+    return n;
 }
 
 int32_t MCLex_EncodeWord(const char *tail, const char *prevTail, const MCSuffixTable *simpleSuffixes,
