@@ -8,88 +8,10 @@
 // first, or among the first five.
 #include <cstdio>
 #include <cstring>
-#include <random>
 #include <string>
 #include <vector>
 
 #include "benchutil.h"
-
-namespace {
-
-struct Pair {
-    std::string wrong, right;
-    const char *edit;
-};
-
-bool rejected(const std::string &word, LX_Lexicon *const *list, uint32_t options) {
-    char w[LX_MAX_WORD_SZ];
-    int32_t cursor = 0;
-    return LX_CheckText(word.c_str(), list, options | LX_OPT_SINGLE_WORD, &cursor, w, sizeof w, nullptr, 0) !=
-           LX_RES_NONE_LEFT;
-}
-
-std::vector<Pair> make_pairs(const std::vector<std::string> &words, LX_Lexicon *const *list,
-                             uint32_t options, int perEdit) {
-    std::mt19937 rng(20261123);
-    const char *edits[] = {"transposition", "deletion", "insertion", "substitution"};
-    const char letters[] = "abcdefghijklmnopqrstuvwxyz";
-    std::vector<Pair> pairs;
-    for (int kind = 0; kind < 4; ++kind) {
-        int made = 0;
-        while (made < perEdit) {
-            const std::string &right = words[rng() % words.size()];
-            // Plain lower-case words of 4 to 12 letters, like most typing.
-            if (right.size() < 4 || right.size() > 12) continue;
-            bool plain = true;
-            for (char c : right) plain = plain && c >= 'a' && c <= 'z';
-            if (!plain) continue;
-            std::string wrong = right;
-            size_t i = rng() % right.size();
-            char c = letters[rng() % 26];
-            switch (kind) {
-            case 0:
-                if (i + 1 >= wrong.size() || wrong[i] == wrong[i + 1]) continue;
-                std::swap(wrong[i], wrong[i + 1]);
-                break;
-            case 1: wrong.erase(i, 1); break;
-            case 2: wrong.insert(i, 1, c); break;
-            case 3:
-                if (wrong[i] == c) continue;
-                wrong[i] = c;
-                break;
-            }
-            if (!rejected(wrong, list, options)) continue;
-            pairs.push_back({wrong, right, edits[kind]});
-            ++made;
-        }
-    }
-    return pairs;
-}
-
-void run(const char *name, const std::vector<Pair> &pairs, LX_Lexicon *const *list, uint32_t options,
-         int32_t depth) {
-    std::vector<SuggEntry> storage(10);
-    SuggSet set{storage.data(), 0, static_cast<int32_t>(storage.size())};
-    int top1 = 0, top5 = 0, found = 0;
-    double t0 = now_seconds();
-    for (const Pair &p : pairs) {
-        set.count = 0;
-        LX_Suggest(p.wrong.c_str(), depth, list, options, &set);
-        for (int32_t i = 0; i < set.count; ++i) {
-            if (p.right != set.entries[i].word) continue;
-            ++found;
-            if (i == 0) ++top1;
-            if (i < 5) ++top5;
-            break;
-        }
-    }
-    double t = now_seconds() - t0;
-    const double n = static_cast<double>(pairs.size());
-    std::printf("suggest %-24s depth %3d: %8.1f requests/s  top-1 %5.1f%%  top-5 %5.1f%%  in list %5.1f%%\n",
-                name, depth, n / t, 100.0 * top1 / n, 100.0 * top5 / n, 100.0 * found / n);
-}
-
-} // namespace
 
 int main(int argc, char **argv) {
     std::string dataDir = argc > 1 ? argv[1] : LX_DATA_DIR;
@@ -105,20 +27,20 @@ int main(int argc, char **argv) {
     LX_Lexicon *list[] = {&lex, nullptr};
 
     const uint32_t check = LX_OPT_CHECK_SPELLING | LX_OPT_CASE_SENSITIVE | LX_OPT_ACCENTED_CAPITALS;
-    std::vector<Pair> pairs = make_pairs(words, list, check, 100);
+    std::vector<SuggestPair> pairs = make_suggest_pairs(words, list, check, 100);
     std::printf("lexicon: %zu words; %zu misspellings, %zu of each edit\n", words.size(), pairs.size(),
                 pairs.size() / 4);
 
     const uint32_t typo = check | LX_OPT_SUGGEST_TYPOGRAPHIC;
-    for (int32_t depth : {10, 30, 100}) run("typographic", pairs, list, typo, depth);
-    run("typographic+phonetic", pairs, list, typo | LX_OPT_SUGGEST_PHONETIC, 100);
+    for (int32_t depth : {10, 30, 100}) run_suggest("typographic", pairs, list, typo, depth);
+    run_suggest("typographic+phonetic", pairs, list, typo | LX_OPT_SUGGEST_PHONETIC, 100);
 
     // Quality by kind of edit at the deepest search.
     for (const char *edit : {"transposition", "deletion", "insertion", "substitution"}) {
-        std::vector<Pair> some;
-        for (const Pair &p : pairs)
+        std::vector<SuggestPair> some;
+        for (const SuggestPair &p : pairs)
             if (std::strcmp(p.edit, edit) == 0) some.push_back(p);
-        run(edit, some, list, typo, 100);
+        run_suggest(edit, some, list, typo, 100);
     }
 
     // The slowest requests: words of 80 characters with every option that

@@ -8,7 +8,9 @@
 // its buffer, and the pass must end. When every decoded tail could be
 // stored again, the words are coded anew with the same tables and must
 // decode to the same words, and coding them once more gives the same
-// bytes.
+// bytes. Searches that go by the segment's jumps, exact and without
+// regard to case, must answer as scans from the first record, for every
+// decoded word and the words beside it.
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
@@ -16,6 +18,7 @@
 #include <string>
 #include <vector>
 
+#include "chartab.h"
 #include "mclex.h"
 
 namespace {
@@ -65,6 +68,32 @@ bool decode(const uint8_t *data, size_t size, const uchar *key, const FuzzTable 
     return r == 0;
 }
 
+// Exact scans of the segment with and without its jumps agree.
+void check_jumps(const uint8_t *data, size_t size, const uchar *key, const FuzzTable &simple, const FuzzTable &ext,
+                 const std::vector<std::string> &tails) {
+    if (key[0] == 0 || key[1] == 0 || key[2] == 0) return; // the scan wants a word with all three key bytes
+    std::unique_ptr<uchar[]> block(new uchar[size ? size : 1]);
+    if (size) std::memcpy(block.get(), data, size);
+    const MCSegment plain{block.get(), static_cast<uint32_t>(size), {key[0], key[1], key[2]}};
+    static uint32_t jumps[MC_MAX_JUMPS];
+    MCSegment jumping = plain;
+    jumping.jumps = jumps;
+    jumping.nJumps = MCLex_MakeJumps(&plain, &simple.view, &ext.view, jumps, MC_MAX_JUMPS, &jumping.jumpsComplete);
+    check(jumping.nJumps >= 0 && jumping.nJumps <= MC_MAX_JUMPS);
+    const std::string keyText(reinterpret_cast<const char *>(key), 3);
+    for (const auto &tail : tails) {
+        std::string upper = tail;
+        for (char &c : upper) c = static_cast<char>(lx_to_upper(lx_byte(c)));
+        for (const std::string &q : {tail, tail + "a", tail.substr(0, tail.size() / 2), upper}) {
+            const std::string word = keyText + q.substr(0, LXC_MAX_TAIL_LEN);
+            check(MCLex_Scan(&plain, 1, &simple.view, &ext.view, word.c_str(), nullptr, nullptr) ==
+                  MCLex_Scan(&jumping, 1, &simple.view, &ext.view, word.c_str(), nullptr, nullptr));
+            check(MCLex_FindNoCase(&plain, &simple.view, &ext.view, word.c_str()) ==
+                  MCLex_FindNoCase(&jumping, &simple.view, &ext.view, word.c_str()));
+        }
+    }
+}
+
 std::vector<uchar> encode(const std::vector<std::string> &tails, const FuzzTable &simple, const FuzzTable &ext) {
     std::vector<uchar> out;
     const char *prev = "";
@@ -102,6 +131,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
 
     std::vector<std::string> tails;
     decode(data + pos, size - pos, key, simple, ext, &tails);
+    check_jumps(data + pos, size - pos, key, simple, ext, tails);
     for (const auto &tail : tails)
         if (!storable(tail)) return 0;
     const std::vector<uchar> coded = encode(tails, simple, ext);

@@ -198,7 +198,7 @@ typedef struct LX_FCLex {
     Sma segPool;                   /* the memory of the segment records */
     char *simpleText;              /* the tables' bytes as in the file */
     char *extText;
-    uint32_t *packedKeys;          /* private: the keys of segIndex as numbers */
+    uint32_t *packedKeys;          /* private: the keys of segIndex as numbers, hashed */
     struct FCSegment *oldestLoaded; /* private: segments in memory, least */
     struct FCSegment *newestLoaded; /* recently requested first */
 } LX_FCLex;

@@ -11,13 +11,18 @@
 // whose bytes the file doesn't hold, a record that can't be decoded) makes
 // that segment's load or scan fail, and the word counts as absent.
 //
-// The keys are also kept as 24-bit numbers in one array, so that finding a
-// segment is a binary search over a small block of memory instead of over
-// the records. With a budget, the segments in memory are kept in a list by
+// The keys are also kept as 24-bit numbers in one array, with a hash table
+// of their places behind them, so that finding the segment of a key takes
+// a probe or two in a small block of memory instead of a search over the
+// records. With a budget, the segments in memory are kept in a list by
 // the time of their last request, so that the least recently requested one
-// is found at once when room must be made.
+// is found at once when room must be made. A segment gets its jumps
+// (mclex.h) when it is loaded, so that a lookup decodes only a few of its
+// records.
 #include "fclex.h"
 
+#include <algorithm>
+#include <bit>
 #include <cstring>
 
 #include "chartab.h"
@@ -89,7 +94,13 @@ MCSuffixTable simple_table(const LX_FCLex &fc) { return table_view(fc.simpleSuff
 MCSuffixTable ext_table(const LX_FCLex &fc) { return table_view(fc.extSuffixes, fc.nExtSuffixes); }
 
 MCSegment mc_segment(const FCSegment *seg) {
-    return {seg->data, seg->size, {seg->key[0], seg->key[1], seg->key[2]}};
+    MCSegment mseg{seg->data, seg->size, {seg->key[0], seg->key[1], seg->key[2]}};
+    if (seg->jumps != nullptr) {
+        mseg.jumps = seg->jumps + 1;
+        mseg.nJumps = static_cast<int32_t>(seg->jumps[0] & ~FC_JUMPS_COMPLETE);
+        mseg.jumpsComplete = (seg->jumps[0] & FC_JUMPS_COMPLETE) != 0;
+    }
+    return mseg;
 }
 
 // The key as a text of up to three characters.
@@ -99,27 +110,40 @@ void key_text(const FCSegment *seg, char out[LXC_KEY_SZ + 1]) {
 }
 
 // packedKeys holds, in front of the keys, where the keys of each first
-// byte begin: kFirstStarts entries, the last one nSegments.
+// byte begin: kFirstStarts entries, the last one nSegments. Behind the
+// keys stands the hash table: hash_slots(n) places in segIndex, or
+// kNoSlot.
 constexpr uint32_t kFirstStarts = 257;
+constexpr uint16_t kNoSlot = 0xFFFF;
+static_assert(MAX_SEGMENTS - 1 < kNoSlot); // the last place in segIndex
 const uint32_t *keys_of(const LX_FCLex &fc) { return fc.packedKeys + kFirstStarts; }
 
+// A power of two with room for n keys at two thirds full at most.
+uint32_t hash_slots(uint32_t n) { return std::bit_ceil(n + n / 2 + 1); }
+uint16_t *slots_of(const LX_FCLex &fc) {
+    return reinterpret_cast<uint16_t *>(fc.packedKeys + kFirstStarts + fc.nSegments);
+}
+uint32_t first_slot(uint32_t packed, uint32_t nSlots) {
+    return (packed * 0x9E3779B1u) >> (32 - std::countr_zero(nSlots));
+}
+
 // Index of the first key not below packed: a binary search among the keys
-// of packed's first byte.
+// of packed's first byte, in a form that the compiler makes without
+// branches (a lookup's key is hard to foresee).
 int32_t lower_bound(const LX_FCLex &fc, uint32_t packed) {
     const uint32_t first = packed >> 16;
     if (first > 255) return fc.nSegments;
     const uint32_t *keys = keys_of(fc);
-    uint32_t lo = fc.packedKeys[first], n = fc.packedKeys[first + 1] - lo;
-    while (n > 0) {
+    const uint32_t lo = fc.packedKeys[first];
+    uint32_t n = fc.packedKeys[first + 1] - lo;
+    if (n == 0) return static_cast<int32_t>(lo);
+    const uint32_t *base = keys + lo;
+    while (n > 1) {
         const uint32_t half = n / 2;
-        if (keys[lo + half] < packed) {
-            lo += half + 1;
-            n -= half + 1;
-        } else {
-            n = half;
-        }
+        base = base[half] < packed ? base + half : base;
+        n -= half;
     }
-    return static_cast<int32_t>(lo);
+    return static_cast<int32_t>(base - keys) + (*base < packed);
 }
 
 // The list of segments in memory, oldest request first.
@@ -137,7 +161,31 @@ void link_newest(LX_FCLex &fc, FCSegment *seg) {
 
 void drop_data(FCSegment *seg) {
     LX_MEM_FREE(seg->data);
+    LX_MEM_FREE(seg->jumps);
     seg->data = nullptr;
+    seg->jumps = nullptr;
+}
+
+// Gives a segment just loaded its jumps, so that lookups skip most of its
+// records. The table is freed with the segment's data and isn't counted
+// in the budget, which holds segment data as before; with a budget, a
+// table takes at most a quarter of its segment's size (its jumps end
+// there), so that all tables together stay below a quarter of the budget.
+// A segment with few records, or no memory for the table, does without.
+void make_jumps(const LX_FCLex &fc, FCSegment *seg) {
+    uint32_t jumps[MC_MAX_JUMPS];
+    int32_t capacity = MC_MAX_JUMPS;
+    if (fc.budget > 0) capacity = std::min(capacity, static_cast<int32_t>(seg->size / 16) - 1);
+    if (capacity <= 0) return;
+    const MCSegment mseg = mc_segment(seg);
+    const MCSuffixTable simple = simple_table(fc), ext = ext_table(fc);
+    bool complete;
+    const int32_t n = MCLex_MakeJumps(&mseg, &simple, &ext, jumps, capacity, &complete);
+    if (n == 0) return;
+    seg->jumps = static_cast<uint32_t *>(LX_MEM_ALLOC(sizeof(uint32_t) * (static_cast<size_t>(n) + 1)));
+    if (seg->jumps == nullptr) return;
+    seg->jumps[0] = static_cast<uint32_t>(n) | (complete ? FC_JUMPS_COMPLETE : 0);
+    std::memcpy(seg->jumps + 1, jumps, sizeof(uint32_t) * static_cast<size_t>(n));
 }
 
 // Skips to the file position target. False when target lies behind the
@@ -346,7 +394,8 @@ int16_t FCLex_ReadIndex(PortFile *fid, uint32_t length, LX_Lexicon *lex) {
     if (LXC_INDEX_HEAD_SZ + static_cast<uint64_t>(LXC_INDEX_ENTRY_SZ) * n > length) return done(invalid(fc));
     if (n == 0) return done(0);
     fc.segIndex = static_cast<FCSegment **>(LX_MEM_ALLOC(sizeof(FCSegment *) * n));
-    fc.packedKeys = static_cast<uint32_t *>(LX_MEM_ALLOC(sizeof(uint32_t) * (kFirstStarts + n)));
+    fc.packedKeys = static_cast<uint32_t *>(
+        LX_MEM_ALLOC(sizeof(uint32_t) * (kFirstStarts + n) + sizeof(uint16_t) * hash_slots(n)));
     if (fc.segIndex == nullptr || fc.packedKeys == nullptr) return done(out_of_memory(fc));
     fc.nSegments = 0;
     for (uint32_t i = 0; i < n; ++i) {
@@ -363,6 +412,7 @@ int16_t FCLex_ReadIndex(PortFile *fid, uint32_t length, LX_Lexicon *lex) {
         seg->lastUse = 0;
         seg->older = seg->newer = nullptr;
         seg->beyondEnd = false;
+        seg->jumps = nullptr;
         fc.segIndex[i] = seg;
         keys[i] = packed;
         ++fc.nSegments;
@@ -370,6 +420,14 @@ int16_t FCLex_ReadIndex(PortFile *fid, uint32_t length, LX_Lexicon *lex) {
     for (uint32_t b = 0, i = 0; b < kFirstStarts; ++b) {
         while (i < n && fc.packedKeys[kFirstStarts + i] >> 16 < b) ++i;
         fc.packedKeys[b] = i;
+    }
+    const uint32_t nSlots = hash_slots(n);
+    uint16_t *slots = slots_of(fc);
+    std::fill(slots, slots + nSlots, kNoSlot);
+    for (uint32_t i = 0; i < n; ++i) {
+        uint32_t h = first_slot(keys_of(fc)[i], nSlots);
+        while (slots[h] != kNoSlot) h = (h + 1) & (nSlots - 1);
+        slots[h] = static_cast<uint16_t>(i);
     }
     return done(0);
 }
@@ -405,20 +463,10 @@ void LX_FCLex_Reset(LX_Lexicon *lex) {
 
 // ------------------------------------------------------------------ loading
 
-int16_t FCLex_LoadSegment(LX_Lexicon *lex, FCSegment *seg) {
-    LX_ASSERT(lex != NULL);
-    LX_ASSERT(lex->fc.segIndex != NULL);
-    LX_ASSERT(seg != NULL);
-    LX_FCLex &fc = lex->fc;
-    ++fc.useClock;
-    if (seg->data != nullptr) {
-        seg->lastUse = fc.useClock;
-        if (fc.budget > 0 && seg != fc.newestLoaded) {
-            unlink_loaded(fc, seg);
-            link_newest(fc, seg);
-        }
-        return 0;
-    }
+namespace {
+
+// The load of a segment that isn't in memory; see FCLex_LoadSegment.
+int16_t load_from_file(LX_FCLex &fc, FCSegment *seg) {
     if (seg->size == 0) return LX_ERR_NOT_FOUND;
     if (fc.budget > 0) {
         // The open has made sure that no segment is larger than the budget,
@@ -430,43 +478,60 @@ int16_t FCLex_LoadSegment(LX_Lexicon *lex, FCSegment *seg) {
             fc.budgetLeft += static_cast<int32_t>(victim->size);
         }
     }
-    PortFile *fid = PORT_OpenFile(fc.fileName, PORT_MODE_READ);
-    if (!PORT_IS_VALID_FILE_ID(fid)) {
-        LX_Diag_Msg("%s: can't open", fc.fileName);
-        return LX_ERR_CANT_CREATE;
-    }
+    // dataStart + offset + size lies below 2^31: the open has checked it.
+    const int32_t position = fc.dataStart + static_cast<int32_t>(seg->offset);
     // A file may end inside its data section; a segment behind the end
     // can't be read, and isn't allocated for either, whatever its size.
     // Other segments are no larger than the file was at the open.
-    // dataStart + offset + size lies below 2^31: the open has checked it.
-    const int32_t position = fc.dataStart + static_cast<int32_t>(seg->offset);
-    if (seg->beyondEnd && position + static_cast<int64_t>(seg->size) > file_size(fid)) {
-        LX_Diag_Msg("%s: read error", fc.fileName);
-        PORT_CloseFile(fid);
-        return LX_ERR_BAD_FORMAT;
+    if (seg->beyondEnd) {
+        PortStamp stamp;
+        if (PORT_FileStamp(fc.fileName, &stamp) != 0) {
+            LX_Diag_Msg("%s: can't open", fc.fileName);
+            return LX_ERR_CANT_CREATE;
+        }
+        if (position + static_cast<int64_t>(seg->size) > stamp.size) {
+            LX_Diag_Msg("%s: read error", fc.fileName);
+            return LX_ERR_BAD_FORMAT;
+        }
     }
     seg->data = static_cast<uchar *>(LX_MEM_ALLOC(seg->size));
     if (seg->data == nullptr) {
         LX_Diag_Msg("loadSeg: out of memory");
-        PORT_CloseFile(fid);
         return LX_ERR_NO_MEMORY;
     }
-    if (PORT_Seek(fid, position, SEEK_SET) != 0) {
-        LX_Diag_Msg("%s: seek error", fc.fileName);
+    // The file is opened for this read only: an open lexicon holds no
+    // file, and a load costs an open, one read and a close.
+    const int32_t got = PORT_ReadAt(fc.fileName, position, seg->data, seg->size);
+    if (got != static_cast<int32_t>(seg->size)) {
         drop_data(seg);
-        PORT_CloseFile(fid);
-        return LX_ERR_BAD_FORMAT;
-    }
-    if (PORT_Read(fid, seg->data, seg->size) != seg->size) {
+        if (got < 0) {
+            LX_Diag_Msg("%s: can't open", fc.fileName);
+            return LX_ERR_CANT_CREATE;
+        }
         LX_Diag_Msg("%s: read error", fc.fileName);
-        drop_data(seg);
-        PORT_CloseFile(fid);
         return LX_ERR_BAD_FORMAT;
     }
-    PORT_CloseFile(fid);
     seg->lastUse = fc.useClock;
     if (fc.budget > 0) {
         fc.budgetLeft -= static_cast<int32_t>(seg->size);
+        link_newest(fc, seg);
+    }
+    make_jumps(fc, seg);
+    return 0;
+}
+
+} // namespace
+
+int16_t FCLex_LoadSegment(LX_Lexicon *lex, FCSegment *seg) {
+    LX_ASSERT(lex != NULL);
+    LX_ASSERT(lex->fc.segIndex != NULL);
+    LX_ASSERT(seg != NULL);
+    LX_FCLex &fc = lex->fc;
+    ++fc.useClock;
+    if (seg->data == nullptr) return load_from_file(fc, seg);
+    seg->lastUse = fc.useClock;
+    if (fc.budget > 0 && seg != fc.newestLoaded) {
+        unlink_loaded(fc, seg);
         link_newest(fc, seg);
     }
     return 0;
@@ -477,8 +542,14 @@ int16_t FCLex_LoadSegment(LX_Lexicon *lex, FCSegment *seg) {
 FCSegment *FCLex_FindSegment(const LX_Lexicon *lex, const uchar key[LXC_KEY_SZ]) {
     const LX_FCLex &fc = lex->fc;
     const uint32_t packed = pack_key(key);
-    const int32_t i = lower_bound(fc, packed);
-    return i < fc.nSegments && keys_of(fc)[i] == packed ? fc.segIndex[i] : nullptr;
+    const uint32_t *keys = keys_of(fc);
+    const uint16_t *slots = slots_of(fc);
+    const uint32_t mask = hash_slots(static_cast<uint32_t>(fc.nSegments)) - 1;
+    // The table is never full: an empty place ends every search.
+    for (uint32_t h = first_slot(packed, mask + 1);; h = (h + 1) & mask) {
+        if (slots[h] == kNoSlot) return nullptr;
+        if (keys[slots[h]] == packed) return fc.segIndex[slots[h]];
+    }
 }
 
 int32_t FCLex_CompareSegs(const void *seg1, const void *seg2) {

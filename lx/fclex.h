@@ -6,7 +6,9 @@
 // read from the file when a lookup first needs them; with a budget above
 // 0, the segments in memory never take more than budget bytes, and the
 // least recently requested ones are thrown out to make room. The file is
-// opened for each load and closed behind it.
+// opened for each load and closed behind it. Each loaded segment may have
+// a small table of jumps beside it, which the budget doesn't count (at
+// most a quarter of the segment's size while a budget is set).
 #ifndef LX_FCLEX_H
 #define LX_FCLEX_H
 
@@ -17,6 +19,7 @@
 #include "portab.h"
 
 inline constexpr uint32_t FCLEX_MAGIC = 0x0045066B;
+inline constexpr uint32_t FC_JUMPS_COMPLETE = 0x80000000;
 
 // One segment. data is null while the segment isn't in memory.
 struct FCSegment {
@@ -25,15 +28,19 @@ struct FCSegment {
     uint32_t offset;  // from the index, relative to dataStart
     uint32_t lastUse; // useClock at the last request; 0 until the first
     uchar key[LXC_KEY_SZ];
+    // True if the segment's end lay behind the end of the file at the
+    // open (a file may end inside its data section): such a segment is
+    // only allocated for once the file is seen to hold it.
+    bool beyondEnd;
     // The segments in memory form a list by the time of their last
     // request, oldest first (kept only while a budget is set). As each
     // request takes a new lastUse, the list's order is that of lastUse.
     FCSegment *older;
     FCSegment *newer;
-    // True if the segment's end lay behind the end of the file at the
-    // open (a file may end inside its data section): such a segment is
-    // only allocated for once the file is seen to hold it.
-    bool beyondEnd;
+    // The segment's jumps (mclex.h) while it is in memory, behind their
+    // number: jumps[0] is n, with FC_JUMPS_COMPLETE added if they are
+    // complete, and jumps[1..n] the jumps. Null if it has none.
+    uint32_t *jumps;
 };
 
 // Behind LX_Lexicon_Close: frees everything the lexicon holds. Gives 0.

@@ -8,6 +8,7 @@
 // segment. A record that fails a check ends the pass; nothing is allocated.
 #include "mclex.h"
 
+#include <algorithm>
 #include <cstring>
 
 #include "chartab.h"
@@ -42,7 +43,59 @@ int32_t suffix_length(const MCSuffixTable *table, int32_t i) {
     return table->lengths != nullptr ? table->lengths[i] : static_cast<int32_t>(std::strlen(table->entries[i]));
 }
 
-// Looks for the tail want among the records of a segment without
+// The first two bytes of a tail, as a jump keeps them.
+uint32_t two_bytes(const uchar *tail) { return static_cast<uint32_t>(tail[0]) << 8 | (tail[0] != 0 ? tail[1] : 0); }
+
+template <bool NoCase>
+bool same_byte(uchar a, uchar b) {
+    return NoCase ? lx_to_lower(a) == lx_to_lower(b) : a == b;
+}
+
+// The records that a search goes through, from p to end, and what it
+// knows at p of the word before (see find_tail).
+struct Span {
+    const uchar *p;
+    const uchar *end;
+    int32_t eq;
+    int32_t tailLen;
+};
+
+Span whole(const MCSegment *seg) { return {seg->data, seg->data + seg->size, 0, 0}; }
+
+// The span from the last jump whose two bytes aren't above two (else the
+// first record) to the end, or with toNext to the first jump above two:
+// where a word of these two bytes must stand, if the two bytes of the
+// tails rise through the segment. The word before the jump's record kept
+// the jump's first byte if the record keeps one, so eq is 1 where that
+// byte is want's, else 0; the record's own check of its shared count
+// needs only that count.
+template <bool NoCase>
+Span jump_span(const MCSegment *seg, uint32_t two, const uchar *want, bool toNext) {
+    Span span = whole(seg);
+    const uint32_t *const jumps = seg->jumps, *const last = jumps + seg->nJumps;
+    const uint32_t *after = std::upper_bound(jumps, last, two << 16 | 0xFFFF);
+    if (toNext && after != last) span.end = seg->data + (*after & 0xFFFF);
+    if (after != jumps) {
+        const uint32_t jump = after[-1];
+        span.p = seg->data + (jump & 0xFFFF);
+        span.tailLen = *span.p;
+        span.eq = span.tailLen > 0 && same_byte<NoCase>(static_cast<uchar>(jump >> 24), want[0]) ? 1 : 0;
+    }
+    return span;
+}
+
+// The bytes that are c without regard to case, c first: 1 or 2 of them
+// (lx_to_lower pairs each capital with one small letter).
+int32_t case_variants(uchar c, uchar out[3]) {
+    int32_t n = 0;
+    out[n++] = c;
+    const uchar lower = lx_to_lower(c), upper = lx_to_upper(lower);
+    if (lower != c) out[n++] = lower;
+    if (upper != c && upper != lower) out[n++] = upper;
+    return n;
+}
+
+// Looks for the tail want among the records of a span without
 // rebuilding the words. The words before the one sought share with it a
 // prefix of eq bytes and are below it at eq (exact) or differ from it
 // there (noCase). A record that keeps more than eq bytes of the word
@@ -53,15 +106,15 @@ int32_t suffix_length(const MCSuffixTable *table, int32_t i) {
 // it, and a damaged one ends the search: the result is that of decoding
 // every word and comparing it whole.
 template <bool NoCase>
-uint16_t find_tail(const MCSegment *seg, const MCSuffixTable *simpleSuffixes, const MCSuffixTable *extSuffixes,
-                   const uchar *want) {
-    const uchar *p = seg->data;
-    const uchar *const end = p + seg->size;
+uint16_t find_tail(const MCSuffixTable *simpleSuffixes, const MCSuffixTable *extSuffixes, const uchar *want,
+                   Span span) {
+    const uchar *p = span.p;
+    const uchar *const end = span.end;
     const int32_t nSimple = reachable(simpleSuffixes, MAX_SIMPLE_SUFFIXES);
     const int32_t nExt = reachable(extSuffixes, MAX_EXT_SUFFIXES);
-    auto same = [](uchar a, uchar b) { return NoCase ? lx_to_lower(a) == lx_to_lower(b) : a == b; };
-    int32_t eq = 0;      // see above
-    int32_t tailLen = 0; // of the word before
+    auto same = same_byte<NoCase>;
+    int32_t eq = span.eq;           // see above
+    int32_t tailLen = span.tailLen; // of the word before
     while (p < end) {
         const int32_t shared = *p++;
         if (shared > tailLen) return 0;
@@ -213,8 +266,9 @@ uint16_t MCLex_Scan(const MCSegment *seg, uint16_t charSize, const MCSuffixTable
     LX_ASSERT_TEXT(keyWord[0] == key[0] && keyWord[1] == key[1] && keyWord[2] == key[2],
                    "keyWord[0] == curWord[0] && keyWord[1] == curWord[1] && keyWord[2] == curWord[2]");
     // A word of fewer than three bytes has an empty tail.
-    const char *want = keyWord[2] != '\0' ? keyWord + kTailStart : "";
-    return find_tail<false>(seg, simpleSuffixes, extSuffixes, reinterpret_cast<const uchar *>(want));
+    const uchar *want = reinterpret_cast<const uchar *>(keyWord[2] != '\0' ? keyWord + kTailStart : "");
+    const Span span = seg->nJumps > 0 ? jump_span<false>(seg, two_bytes(want), want, false) : whole(seg);
+    return find_tail<false>(simpleSuffixes, extSuffixes, want, span);
 }
 
 uint16_t MCLex_FindNoCase(const MCSegment *seg, const MCSuffixTable *simpleSuffixes,
@@ -230,7 +284,80 @@ uint16_t MCLex_FindNoCase(const MCSegment *seg, const MCSuffixTable *simpleSuffi
         if (lx_to_lower(seg->key[i]) != lx_to_lower(w[i])) return 0;
         if (w[i] == 0) return 1; // the key is the whole word: no record to decode
     }
-    return find_tail<true>(seg, simpleSuffixes, extSuffixes, w + kTailStart);
+    const uchar *want = w + kTailStart;
+    if (seg->nJumps == 0 || !seg->jumpsComplete) return find_tail<true>(simpleSuffixes, extSuffixes, want, whole(seg));
+    // Every record decodes and the two bytes of the tails never fall: a
+    // word that is want without regard to case has two bytes that are
+    // want's in some case, and stands in the span of those two bytes.
+    uchar firsts[3], seconds[3] = {0};
+    const int32_t nFirsts = case_variants(want[0], firsts);
+    const int32_t nSeconds = want[0] != 0 ? case_variants(want[1], seconds) : 1;
+    for (int32_t i = 0; i < nFirsts; ++i)
+        for (int32_t j = 0; j < nSeconds; ++j) {
+            const uint32_t two = static_cast<uint32_t>(firsts[i]) << 8 | seconds[j];
+            if (find_tail<true>(simpleSuffixes, extSuffixes, want, jump_span<true>(seg, two, want, true)) == 1)
+                return 1;
+        }
+    return 0;
+}
+
+int32_t MCLex_MakeJumps(const MCSegment *seg, const MCSuffixTable *simpleSuffixes, const MCSuffixTable *extSuffixes,
+                        uint32_t *jumps, int32_t capacity, bool *complete) {
+    LX_ASSERT(jumps != NULL || capacity == 0);
+    LX_ASSERT(complete != NULL);
+    // The records are checked as the decoder checks them, but of each word
+    // only its length and first two bytes are kept.
+    const uchar *p = seg->data;
+    const uchar *const end = p + seg->size;
+    const int32_t nSimple = reachable(simpleSuffixes, MAX_SIMPLE_SUFFIXES);
+    const int32_t nExt = reachable(extSuffixes, MAX_EXT_SUFFIXES);
+    uchar two[2] = {0, 0}; // the first two bytes of the tail, zeros behind its end
+    int32_t n = 0, sinceJump = 0, tailLen = 0;
+    uint32_t before = 0; // the two bytes of the record before
+    *complete = false;
+    for (bool first = true; p < end; first = false) {
+        const auto offset = static_cast<uint32_t>(p - seg->data);
+        const int32_t shared = *p++;
+        if (shared > tailLen) return n;
+        int32_t i = shared;
+        uchar c;
+        for (;;) {
+            if (p >= end) return n;
+            if ((c = *p++) < LXC_FIRST_LITERAL) break;
+            if (i < 2) two[i] = c;
+            ++i;
+        }
+        const char *suffix = nullptr;
+        int32_t len = 0;
+        if (c == LXC_CODE_EXT) {
+            if (p >= end || *p >= nExt) return n;
+            suffix = extSuffixes->entries[*p];
+            len = suffix_length(extSuffixes, *p++);
+        } else if (c != LXC_CODE_END) {
+            if (c - LXC_CODE_SIMPLE >= nSimple) return n;
+            suffix = simpleSuffixes->entries[c - LXC_CODE_SIMPLE];
+            len = suffix_length(simpleSuffixes, c - LXC_CODE_SIMPLE);
+        }
+        if (i + len > LXC_MAX_TAIL_LEN) return n; // a tail too long, by letters or the suffix
+        for (int32_t k = 0; k < len && i + k < 2; ++k) two[i + k] = lx_byte(suffix[k]);
+        i += len;
+        for (int32_t k = i; k < 2; ++k) two[k] = 0;
+        tailLen = i;
+
+        const uint32_t now = two_bytes(two);
+        if (!first) {
+            if (now < before) return n; // no jump may lie behind a fall
+            if (now != before && sinceJump >= MC_JUMP_GAP) {
+                if (n == capacity || offset > 0xFFFF) return n;
+                jumps[n++] = now << 16 | offset;
+                sinceJump = 0;
+            }
+        }
+        ++sinceJump;
+        before = now;
+    }
+    *complete = true;
+    return n;
 }
 
 int32_t MCLex_EncodeWord(const char *tail, const char *prevTail, const MCSuffixTable *simpleSuffixes,

@@ -22,6 +22,12 @@ struct MCSegment {
     const uchar *data; // the word records
     uint32_t size;     // their number of bytes
     uchar key[LXC_KEY_SZ];
+    // Records at which a search may begin instead of the first (see
+    // MCLex_MakeJumps); none if null.
+    const uint32_t *jumps = nullptr;
+    int32_t nJumps = 0;
+    // True if the jumps were made from every record of the segment.
+    bool jumpsComplete = false;
 };
 
 // A suffix table: count texts, numbered from 0. An empty table has count 0
@@ -70,6 +76,7 @@ typedef int32_t (*MCWordCb)(const char *keyWord, const char *curWord, void *data
 // case: keyWord must have seg's key as its first three bytes, and the scan
 // stops at the first word that sorts behind it. Gives 1 if the word was
 // found, else 0; a damaged record ends the scan like the segment's end.
+// This search begins at the last of seg's jumps that the word allows.
 // charSize is 1 for every lexicon that can be open; a scan with any other
 // size finds nothing.
 uint16_t MCLex_Scan(const MCSegment *seg, uint16_t charSize, const MCSuffixTable *simpleSuffixes,
@@ -81,6 +88,28 @@ uint16_t MCLex_Scan(const MCSegment *seg, uint16_t charSize, const MCSuffixTable
 // differs from the word before it.
 uint16_t MCLex_FindNoCase(const MCSegment *seg, const MCSuffixTable *simpleSuffixes,
                           const MCSuffixTable *extSuffixes, const char *word);
+
+// A jump is a record at which the first two bytes of the tail (a shorter
+// tail filled up with zeros) are above those of the record before; it is
+// kept as those two bytes << 16 | the record's offset. A jump's record
+// keeps at most one byte of the tail before it, and every word before it
+// sorts below its two bytes: an exact search for a word whose two bytes
+// are not below a jump's may begin at that jump's record, knowing only
+// them, and meets the same records from there on as a search from the
+// first record. Where the jumps are complete (every record decodes, and
+// the two bytes never fall), the words of two given bytes stand between
+// two neighbouring jumps, which a search without regard to case uses.
+// The jumps are at least MC_JUMP_GAP records apart.
+inline constexpr int32_t MC_JUMP_GAP = 4;
+inline constexpr int32_t MC_MAX_JUMPS = 1024;
+
+// Fills jumps (room for capacity) with the jumps of seg, ascending, and
+// gives their number. Only records that a pass from the first record
+// reaches without a damaged record, within the first 64 KiB and while the
+// two bytes of the tails don't fall, can be jumps: where any of that
+// fails, the table ends. *complete tells whether it went to the end.
+int32_t MCLex_MakeJumps(const MCSegment *seg, const MCSuffixTable *simpleSuffixes, const MCSuffixTable *extSuffixes,
+                        uint32_t *jumps, int32_t capacity, bool *complete);
 
 // Codes the record of the word whose tail is tail, behind the word whose
 // tail is prevTail ("" for a segment's first word), into out, which has

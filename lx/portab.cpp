@@ -163,6 +163,26 @@ uint32_t PORT_Write(PortFile *file, const void *buffer, uint32_t count) {
     return static_cast<uint32_t>(std::fwrite(buffer, 1, count, file->fp));
 }
 
+int32_t PORT_ReadAt(const char *path, int32_t offset, void *buffer, uint32_t count) {
+    LX_ASSERT(path != NULL);
+    LX_ASSERT(offset >= 0 && count <= INT32_MAX);
+    const int fd = open(path, O_RDONLY | O_CLOEXEC);
+    if (fd < 0) return -1;
+    uint32_t got = 0;
+    while (got < count) {
+        const ssize_t n = pread(fd, static_cast<char *>(buffer) + got, count - got, static_cast<off_t>(offset) + got);
+        if (n < 0 && errno == EINTR) continue;
+        if (n < 0 && errno == EISDIR) { // a folder opens, but isn't a file to read
+            close(fd);
+            return -1;
+        }
+        if (n <= 0) break;
+        got += static_cast<uint32_t>(n);
+    }
+    close(fd);
+    return static_cast<int32_t>(got);
+}
+
 int32_t PORT_ReadByte(PortFile *file) {
     int c = getc_unlocked(file->fp);
     return c == EOF ? -1 : c;

@@ -48,6 +48,14 @@ int16_t PORT_Seek(PortFile *file, int32_t offset, int16_t whence);
 uint32_t PORT_Read(PortFile *file, void *buffer, uint32_t count);
 uint32_t PORT_Write(PortFile *file, const void *buffer, uint32_t count);
 
+// Reads count bytes at position offset of the file at path into buffer,
+// opening the file for this read alone and closing it behind it: one
+// open, a positional read (more only where the system hands over less),
+// one close, and no stream or buffer of its own. Gives the number of bytes
+// read, fewer at the end of the file or on an error, or -1 if the file
+// can't be opened for reading or is a folder.
+int32_t PORT_ReadAt(const char *path, int32_t offset, void *buffer, uint32_t count);
+
 // One byte as 0..255, or -1 at the end of the file or on an error.
 int32_t PORT_ReadByte(PortFile *file);
 // 1, or 0 if the byte couldn't be written.

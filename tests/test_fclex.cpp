@@ -518,6 +518,17 @@ TEST(FcLex, BundledWordListIsFoundWithinASmallBudget) {
     ASSERT_EQ(0, f.open(8192)) << last_msg();
     for (const auto &w : words) ASSERT_TRUE(f.find(w.c_str())) << w;
     for (const char *w : {"helo", "wrld", "teh", "abcdefgh", "zzzz", "Zuluz"}) EXPECT_FALSE(f.find(w)) << w;
+    // Beside the budget, each segment in memory has a table of jumps of a
+    // quarter of its size at most.
+    int32_t tables = 0;
+    for (int32_t i = 0; i < f.fc().nSegments; ++i) {
+        const FCSegment *seg = f.fc().segIndex[i];
+        if (seg->jumps == nullptr) continue;
+        ++tables;
+        EXPECT_NE(nullptr, seg->data);
+        EXPECT_LE(4 * ((seg->jumps[0] & ~FC_JUMPS_COMPLETE) + 1), seg->size / 4);
+    }
+    EXPECT_GT(tables, 0);
 
     MemLex mem;
     for (const auto &w : words) mem.add(w.c_str());

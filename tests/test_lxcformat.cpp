@@ -8,6 +8,7 @@
 #include <sstream>
 
 #include "api.h"
+#include "chartab.h"
 #include "lxcexample.h"
 #include "lxcformat.h"
 #include "lxtest.h"
@@ -325,6 +326,125 @@ TEST(LxcFormat, RandomWordListsRoundTrip) {
             }
         }
     }
+}
+
+// ------------------------------------------------------ jumps
+
+namespace {
+
+// The jumps of a segment as a pass of the decoder finds them, each word
+// rebuilt whole: what MCLex_MakeJumps must give.
+int32_t decoded_jumps(const MCSegment *seg, const Tables &t, uint32_t *jumps, int32_t capacity, bool *complete) {
+    MCDecoder dec;
+    MCLex_DecodeStart(&dec, seg, &t.simple.view, &t.ext.view);
+    const auto *tail = reinterpret_cast<const uchar *>(dec.curWord + 3);
+    int32_t n = 0, sinceJump = 0;
+    uint32_t before = 0;
+    *complete = false;
+    for (bool first = true;; first = false) {
+        const auto offset = static_cast<uint32_t>(dec.pos - seg->data);
+        const int16_t r = MCLex_DecodeNext(&dec);
+        if (r != 1) {
+            *complete = r == 0;
+            return n;
+        }
+        const uint32_t now = static_cast<uint32_t>(tail[0]) << 8 | (tail[0] != 0 ? tail[1] : 0);
+        if (!first && now < before) return n;
+        if (!first && now != before && sinceJump >= MC_JUMP_GAP) {
+            if (n == capacity || offset > 0xFFFF) return n;
+            jumps[n++] = now << 16 | offset;
+            sinceJump = 0;
+        }
+        ++sinceJump;
+        before = now;
+    }
+}
+
+} // namespace
+
+// A search that goes by the jumps answers as a scan from the first record,
+// exact and without regard to case, for every word of a segment and words
+// beside each, also where records are damaged or out of order, or the
+// table is cut short (the jumps then end before them).
+TEST(LxcFormat, JumpsGiveTheAnswersOfAFullScan) {
+    std::mt19937 rng(7);
+    auto pick = [&](int lo, int hi) { return std::uniform_int_distribution<int>(lo, hi)(rng); };
+    const Tables t{Table({"ed", "s", "ing", "es", "aBd"}), Table({"e", "D", "b", "ca"})};
+    const std::string alphabet = "abcABC\xe9\xc9";
+    auto flip_case = [](std::string w, size_t from) {
+        for (size_t i = from; i < w.size(); ++i) {
+            const auto c = static_cast<uchar>(w[i]);
+            w[i] = static_cast<char>(lx_is_upper(c) ? lx_to_lower(c) : lx_to_upper(c));
+        }
+        return w;
+    };
+    int jumped = 0, complete = 0;
+    for (int round = 0; round < 300; ++round) {
+        SCOPED_TRACE(round);
+        const int letters = pick(2, static_cast<int>(alphabet.size()));
+        std::vector<std::string> words(pick(1, 400));
+        const bool longTails = round % 4 == 0; // near the longest tail
+        for (auto &w : words) {
+            w = "abc";
+            for (int i = longTails ? pick(LXC_MAX_TAIL_LEN - 6, LXC_MAX_TAIL_LEN) : pick(0, 6); i > 0; --i)
+                w += alphabet[pick(0, letters - 1)];
+        }
+        std::sort(words.begin(), words.end(), [](const std::string &a, const std::string &b) {
+            return std::lexicographical_compare(a.begin(), a.end(), b.begin(), b.end(),
+                                                [](char x, char y) { return lx_byte(x) < lx_byte(y); });
+        });
+        words.erase(std::unique(words.begin(), words.end()), words.end());
+        if (longTails && words.back() != "abc" + std::string(LXC_MAX_TAIL_LEN, '\xe9'))
+            words.push_back("abc" + std::string(LXC_MAX_TAIL_LEN, '\xe9')); // the highest word
+        // 1 a byte changed, 2 a byte raised by a little, 3 two words swapped, 4 a short table,
+        // 5 and 6 the last word's tail made too long by a suffix or a letter
+        const int mischief = pick(0, 7);
+        if (mischief == 3 && words.size() > 1) std::swap(words[pick(0, static_cast<int>(words.size()) - 2)], words.back());
+        Bytes records = encode(words, t);
+        uchar &victim = records[pick(0, static_cast<int>(records.size()) - 1)];
+        if (mischief == 1) victim = static_cast<uchar>(pick(0, 0x70));
+        if (mischief == 2) victim = static_cast<uchar>(victim + pick(1, 2));
+        if (mischief == 5 && longTails) records.back() = LXC_CODE_SIMPLE; // the last tail made too long
+        if (mischief == 6 && longTails) {
+            records.back() = 'x';
+            records.push_back(LXC_CODE_END);
+        }
+        std::unique_ptr<uchar[]> block(new uchar[records.size()]);
+        std::copy(records.begin(), records.end(), block.get());
+        const MCSegment plain{block.get(), static_cast<uint32_t>(records.size()), {'a', 'b', 'c'}};
+        uint32_t jumps[MC_MAX_JUMPS];
+        MCSegment jumping = plain;
+        jumping.jumps = jumps;
+        const int32_t capacity = mischief == 4 ? pick(1, 4) : MC_MAX_JUMPS;
+        jumping.nJumps = MCLex_MakeJumps(&plain, &t.simple.view, &t.ext.view, jumps, capacity, &jumping.jumpsComplete);
+        uint32_t expected[MC_MAX_JUMPS];
+        bool expectedComplete;
+        const int32_t nExpected = decoded_jumps(&plain, t, expected, capacity, &expectedComplete);
+        ASSERT_EQ(std::vector<uint32_t>(expected, expected + nExpected),
+                  std::vector<uint32_t>(jumps, jumps + jumping.nJumps));
+        ASSERT_EQ(expectedComplete, jumping.jumpsComplete);
+        jumped += jumping.nJumps > 0;
+        complete += jumping.nJumps > 0 && jumping.jumpsComplete;
+        std::vector<std::string> queries = {"abc", "abcz", "abc\xff", "ABC"};
+        for (const auto &w : words) {
+            std::string next = w, before = w;
+            next.back() = static_cast<char>(next.back() + 1);
+            before.back() = static_cast<char>(before.back() - 1);
+            queries.insert(queries.end(), {w, w + "a", w.substr(0, w.size() - 1), next, before, flip_case(w, 3),
+                                           flip_case(w, w.size() - 1), flip_case(w, 0)});
+        }
+        for (const auto &q : queries) {
+            const MCSuffixTable *st = &t.simple.view, *et = &t.ext.view;
+            EXPECT_EQ(MCLex_FindNoCase(&plain, st, et, q.c_str()), MCLex_FindNoCase(&jumping, st, et, q.c_str()))
+                << q << " mischief " << mischief;
+            if (q.compare(0, 3, "abc") != 0) continue;
+            ASSERT_EQ(MCLex_Scan(&plain, 1, st, et, q.c_str(), nullptr, nullptr),
+                      MCLex_Scan(&jumping, 1, st, et, q.c_str(), nullptr, nullptr))
+                << q << " mischief " << mischief;
+        }
+    }
+    EXPECT_GT(jumped, 100);
+    EXPECT_GT(complete, 50);
 }
 
 // ------------------------------------------------------ damaged records

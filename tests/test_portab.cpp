@@ -1,4 +1,4 @@
-// Portable files: the line reader's CR LF rules, the line writer, open
+// Portable files: the line reader's CR LF rules, reads at a position, the line writer, open
 // modes, stamps, temporary names, replacing a file whole, and the lock.
 #include <algorithm>
 #include <vector>
@@ -47,6 +47,26 @@ TEST(Portab, ReadLineCrLfRules) {
         SCOPED_TRACE(c.bytes);
         write_bytes(dir / "f", c.bytes);
         EXPECT_EQ(c.expected, read_lines(dir / "f", c.size));
+    }
+}
+
+TEST(Portab, ReadAtAPosition) {
+    TempDir dir;
+    write_bytes(dir / "f", "0123456789");
+    const struct { std::string path; int32_t offset; uint32_t count; int32_t got; std::string bytes; } cases[] = {
+        {dir / "f", 0, 10, 10, "0123456789"},
+        {dir / "f", 3, 4, 4, "3456"},
+        {dir / "f", 8, 4, 2, "89"},        // the file ends
+        {dir / "f", 12, 4, 0, ""},
+        {dir / "f", 0, 0, 0, ""},
+        {dir / "gone", 0, 4, -1, ""},
+        {dir.path, 0, 4, -1, ""},          // a folder isn't read
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.path + " " + std::to_string(c.offset));
+        std::string buf(16, 'X');
+        EXPECT_EQ(c.got, PORT_ReadAt(c.path.c_str(), c.offset, buf.data(), c.count));
+        EXPECT_EQ(c.bytes, buf.substr(0, std::max(c.got, 0)));
     }
 }
 
