@@ -71,7 +71,9 @@ best= peak=
 for ((r = 0; r < runs; r++)); do
   /usr/bin/time -f '%e %M' -o "$tmp/time" "$lxspell" "${opts[@]}" list <"$tmp/text.txt" >"$tmp/list.out" \
     || [ $? -eq 1 ] || { echo "bench_lxspell: lxspell list failed" >&2; cat "$tmp/time" >&2; exit 1; }
-  read -r secs kb <"$tmp/time"
+  # GNU time puts "Command exited with non-zero status 1" first when
+  # something was found: the figures are on the last line.
+  read -r secs kb < <(tail -n 1 "$tmp/time")
   best=$(awk -v a="$secs" -v b="${best:-1e9}" 'BEGIN { print (a < b ? a : b) }')
   peak=$(( kb > ${peak:-0} ? kb : ${peak:-0} ))
 done
@@ -82,7 +84,7 @@ listed=$(wc -l <"$tmp/list.out")
 # time (the shell's fork and exec) is taken off.
 echo "word" >"$tmp/one.txt"
 /usr/bin/time -f '%M' -o "$tmp/time1" "$lxspell" "${opts[@]}" list <"$tmp/one.txt" >/dev/null || true
-peak1=$(cat "$tmp/time1")
+peak1=$(tail -n 1 "$tmp/time1")
 median_ms() { # COMMAND...
   local r t0 t1
   for ((r = 0; r < starts; r++)); do

@@ -325,17 +325,21 @@ int LX_IsIgnoredWord(const char *word, uint32_t options) {
     if ((options & LX_OPT_IGNORE_MIXED_CASE) && LX_IsMixedCase(word)) return 1;
 
     // One pass gathers what the remaining tests need.
-    bool digit = false, allUpper = true, letter = false;
+    // The classes of all characters are or-ed and and-ed together; only the
+    // rare character that is neither letter nor digit is looked at closer.
+    uint32_t any = 0, all = ~0u;
     const uchar *lastDot = nullptr, *colon = nullptr, *slash = nullptr;
     for (const uchar *p = w; *p; ++p) {
         const uchar cls = lx_class(*p);
-        digit |= (cls & LX_CC_DIGIT) != 0;
-        letter |= (cls & LX_CC_ALPHA) != 0;
-        allUpper &= (cls & LX_CC_UPPER) != 0;
+        any |= cls;
+        all &= cls;
+        if (cls & (LX_CC_ALPHA | LX_CC_DIGIT)) continue;
         if (*p == '.') lastDot = p;
         else if (*p == ':' && !colon) colon = p;
         else if (*p == '/' && !slash) slash = p;
     }
+    const bool digit = (any & LX_CC_DIGIT) != 0, letter = (any & LX_CC_ALPHA) != 0;
+    const bool allUpper = (all & LX_CC_UPPER) != 0;
     if ((options & LX_OPT_IGNORE_WITH_DIGITS) && digit) return 1;
     if ((options & LX_OPT_IGNORE_ALL_CAPITALS) && allUpper) return 1; // the empty word counts
     if ((options & LX_OPT_IGNORE_NO_LETTERS) && !letter) return 1;
