@@ -67,16 +67,24 @@ words=$(awk -v w="$words_per_copy" -v c="$copies" 'BEGIN { printf "%.0f", w * c 
 
 # Throughput and peak memory: the best of the runs. Findings make the exit
 # status 1, which is no failure here.
-best= peak=
-for ((r = 0; r < runs; r++)); do
-  /usr/bin/time -f '%e %M' -o "$tmp/time" "$lxspell" "${opts[@]}" list <"$tmp/text.txt" >"$tmp/list.out" \
-    || [ $? -eq 1 ] || { echo "bench_lxspell: lxspell list failed" >&2; cat "$tmp/time" >&2; exit 1; }
-  # GNU time puts "Command exited with non-zero status 1" first when
-  # something was found: the figures are on the last line.
-  read -r secs kb < <(tail -n 1 "$tmp/time")
-  best=$(awk -v a="$secs" -v b="${best:-1e9}" 'BEGIN { print (a < b ? a : b) }')
-  peak=$(( kb > ${peak:-0} ? kb : ${peak:-0} ))
-done
+time_list() { # OPTION... ; sets best (seconds) and peak (KiB)
+  local r secs kb
+  best= peak=
+  for ((r = 0; r < runs; r++)); do
+    /usr/bin/time -f '%e %M' -o "$tmp/time" "$lxspell" "$@" list <"$tmp/text.txt" >"$tmp/list.out" \
+      || [ $? -eq 1 ] || { echo "bench_lxspell: lxspell list failed" >&2; cat "$tmp/time" >&2; exit 1; }
+    # GNU time puts "Command exited with non-zero status 1" first when
+    # something was found: the figures are on the last line.
+    read -r secs kb < <(tail -n 1 "$tmp/time")
+    best=$(awk -v a="$secs" -v b="${best:-1e9}" 'BEGIN { print (a < b ? a : b) }')
+    peak=$(( kb > ${peak:-0} ? kb : ${peak:-0} ))
+  done
+}
+# The engine's figure is for its benchmark's options (spelling, case and
+# accents respected) and budget: the tool is held to it with the same ones.
+time_list --options 0x80280 --budget "${budget:-0}"
+same_best=$best
+time_list "${opts[@]}"
 listed=$(wc -l <"$tmp/list.out")
 
 # Start-up: one word on standard input, timed in the shell without a fork
@@ -102,11 +110,14 @@ startup=$(awk -v a="$startup_raw" -v b="$exec_ms" 'BEGIN { d = a - b; print (d >
 mark() { # VALUE OP LIMIT
   awk -v v="$1" -v l="$3" -v op="$2" 'BEGIN { ok = (op == "<" ? v < l : v >= l); print (ok ? "met" : "MISSED") }'
 }
-tool_rate=$(awk -v w="$words" -v s="$best" 'BEGIN { printf "%.0f", (s > 0 ? w / s : 0) }')
+rate() { awk -v w="$words" -v s="$1" 'BEGIN { printf "%.0f", (s > 0 ? w / s : 0) }'; }
+tool_rate=$(rate "$same_best")
 echo "lxspell: $lxspell, budget ${budget:-default}"
 echo "text: $text_mb MB ($copies copies of data/prose.txt, $words words), $listed words listed"
-printf 'list throughput:   %6.2f M words/s  (best of %d, %.2f s)\n' \
-  "$(awk -v r="$tool_rate" 'BEGIN { print r / 1e6 }')" "$runs" "$best"
+printf 'list throughput:   %6.2f M words/s  (default options; best of %d, %.2f s)\n' \
+  "$(awk -v r="$(rate "$best")" 'BEGIN { print r / 1e6 }')" "$runs" "$best"
+printf 'list throughput:   %6.2f M words/s  (the engine benchmark'"'"'s options and budget; %.2f s)\n' \
+  "$(awk -v r="$tool_rate" 'BEGIN { print r / 1e6 }')" "$same_best"
 if [ -n "$engine_rate" ]; then
   ratio=$(awk -v t="$tool_rate" -v e="$engine_rate" 'BEGIN { printf "%.0f", 100 * t / e }')
   printf 'engine check rate: %6.2f M words/s  (%s)\n' \
