@@ -24,12 +24,16 @@ TEST(LxspellRank, EditCost) {
         {"ocur", "occur", 2},         // a letter doubled
         {"definate", "definite", 3},  // a vowel for a vowel
         {"bcat", "boat", E},          // any other substitution
+        {"agin", "again", 3},         // a vowel left out
+        {"churchs", "church's", 5},   // an apostrophe
+        {"churchs", "churches", 3},
         {"acheive", "achieve", 2},
         {"emporer", "emperor", 6},    // two vowels
-        {"", "ab", 2 * E},
-        {"ab", "", 2 * E},
+        {"", "bc", 2 * E},
+        {"bc", "", 2 * E},
+        {"", "ab", 3 + E},            // a vowel and a consonant
         {"\xC9t\xC9", "\xE9t\xE9", 0}, // ISO 8859-1 capitals
-        {"ca", "abc", 3 * E},         // a swapped pair isn't edited again
+        {"ct", "tdc", 3 * E},         // a swapped pair isn't edited again
     };
     for (const auto &c : cases) EXPECT_EQ(edit_cost(c.typed, c.candidate), c.cost) << c.typed << " -> " << c.candidate;
 }
@@ -42,9 +46,13 @@ TEST(LxspellRank, Order) {
     } cases[] = {
         // The swap first, then the engine's order among single edits.
         {"teh", {{"tech", 86}, {"eh", 83}, {"the", 83}}, {"the", "tech", "eh"}},
-        // Equal costs: the engine's score, then the engine's order; a
-        // substitution and a swap (lords) before two substitutions (wards).
-        {"wrods", {{"rods", 90}, {"woods", 87}, {"words", 85}, {"lords", 85}, {"wards", 87}}, {"words", "rods", "woods", "lords", "wards"}},
+        // A first letter lost (rods) costs more than a swap (words) or a
+        // substitution (woods); a vowel put in and one left out (wards)
+        // less than a first letter changed and a swap (lords).
+        {"wrods", {{"rods", 90}, {"woods", 87}, {"words", 85}, {"lords", 85}, {"wards", 87}}, {"words", "woods", "rods", "wards", "lords"}},
+        // Other first letters and other capitals last among equals.
+        {"teh", {{"eh", 83}, {"Te", 83}, {"tea", 66}}, {"tea", "eh", "Te"}},
+        {"ganes", {{"genes", 80}, {"Danes", 90}, {"games", 85}}, {"genes", "games", "Danes"}},
         {"recieve", {{"receive", 94}, {"relieve", 85}}, {"receive", "relieve"}},
         {"x", {}, {}},
     };

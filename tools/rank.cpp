@@ -20,6 +20,11 @@ namespace {
 constexpr int kSwap = 2;     // two neighbours swapped
 constexpr int kDouble = 2;   // a letter doubled or a double undone
 constexpr int kVowel = 3;    // one vowel for another
+constexpr int kVowelIndel = 3; // a vowel put in or left out
+constexpr int kApostrophe = 5; // an apostrophe put in or left out
+// Added in the order: the first letter is seldom the one mistyped, and a
+// capital seldom the one forgotten (or a small letter the one meant).
+constexpr int kFirstLetter = 1, kCapital = 1;
 
 // ISO 8859-1 lower case.
 unsigned char lower(unsigned char c) {
@@ -41,13 +46,16 @@ int substitution(unsigned char a, unsigned char b) {
     return is_vowel(a) && is_vowel(b) ? kVowel : kEditCost;
 }
 
-// The cost of inserting or deleting s[i]: less when it doubles a neighbour.
+// The cost of inserting or deleting s[i]: less when it doubles a neighbour,
+// more for an apostrophe (a plural is meant far more often than a
+// possessive).
 int indel(std::string_view s, size_t i) {
     const unsigned char c = lower(static_cast<unsigned char>(s[i]));
     if ((i > 0 && lower(static_cast<unsigned char>(s[i - 1])) == c) ||
         (i + 1 < s.size() && lower(static_cast<unsigned char>(s[i + 1])) == c))
         return kDouble;
-    return kEditCost;
+    if (c == '\'') return kApostrophe;
+    return c < 0x80 && is_vowel(c) ? kVowelIndel : kEditCost;
 }
 
 } // namespace
@@ -75,13 +83,22 @@ int edit_cost(std::string_view a, std::string_view b) {
     return at(m, n);
 }
 
+int rank_cost(std::string_view typed, std::string_view candidate) {
+    int cost = edit_cost(typed, candidate);
+    if (typed.empty() || candidate.empty()) return cost;
+    const auto t = static_cast<unsigned char>(typed[0]), c = static_cast<unsigned char>(candidate[0]);
+    if (lower(t) != lower(c)) cost += kFirstLetter;
+    if ((lower(t) == t) != (lower(c) == c)) cost += kCapital;
+    return cost;
+}
+
 void rank_candidates(std::string_view typed, std::vector<RawSuggestion> &candidates) {
     struct Keyed {
         int cost;
         size_t order;
     };
     std::vector<Keyed> keys(candidates.size());
-    for (size_t i = 0; i < candidates.size(); ++i) keys[i] = {edit_cost(typed, candidates[i].word), i};
+    for (size_t i = 0; i < candidates.size(); ++i) keys[i] = {rank_cost(typed, candidates[i].word), i};
     std::vector<size_t> idx(candidates.size());
     for (size_t i = 0; i < idx.size(); ++i) idx[i] = i;
     std::stable_sort(idx.begin(), idx.end(), [&](size_t x, size_t y) {

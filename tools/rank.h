@@ -27,11 +27,15 @@ inline constexpr int kEditCost = 4;
 // without case, in units of kEditCost for a plain edit: an insertion, a
 // deletion, a substitution or a swap of two neighbours. Slips that people
 // often make cost less: a swap, a doubled or undoubled letter, a vowel for
-// a vowel.
+// a vowel, a vowel put in or left out; an apostrophe costs more.
 int edit_cost(std::string_view typed, std::string_view candidate);
 
+// edit_cost, and a little more when the first letter differs, or is a
+// capital in one word and not in the other: what candidates are sorted by.
+int rank_cost(std::string_view typed, std::string_view candidate);
+
 // Sorts candidates (the engine's list, best first) for the misspelling
-// typed: by edit_cost, then by the engine's score, then as the engine had
+// typed: by rank_cost, then by the engine's score, then as the engine had
 // them.
 void rank_candidates(std::string_view typed, std::vector<RawSuggestion> &candidates);
 
