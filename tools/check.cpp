@@ -45,17 +45,19 @@ std::vector<RawSuggestion> engine_suggestions(const char *word, int32_t depth, i
     return out;
 }
 
-// Candidates taken from each search, and the depth of the second search.
-// A depth-40 search costs about three times one at 30; at 100 every segment
-// of a compressed lexicon is decoded, a hundred times slower.
-constexpr int32_t kGather = 20, kDeep = 40;
+// Candidates taken from each search, and the depth of the second search,
+// made when the depth asked for is from kShallowest up to kDeep. A depth-40
+// search costs about three times one at 30; at 100 every segment of a
+// compressed lexicon is decoded, a hundred times slower.
+constexpr int32_t kGather = 20, kShallowest = 30, kDeep = 40;
 
 // lxspell's own ranking: more candidates than are shown, from the depth
 // asked for and, when none of them is a single slip away, from a deeper
-// search too; then ordered by rank_candidates.
+// search too (not below depth 30: a shallow depth asks for speed); then
+// ordered by rank_candidates.
 std::vector<RawSuggestion> gather(const char *word, LX_Lexicon *const *lexicons, const Settings &s) {
     std::vector<RawSuggestion> found = engine_suggestions(word, s.depth, kGather, lexicons, s.options);
-    if (s.depth < kDeep && !has_close(word, found)) {
+    if (s.depth >= kShallowest && s.depth < kDeep && !has_close(word, found)) {
         for (RawSuggestion &c : engine_suggestions(word, kDeep, kGather, lexicons, s.options)) {
             const bool seen = std::any_of(found.begin(), found.end(),
                                           [&](const RawSuggestion &f) { return f.word == c.word; });
