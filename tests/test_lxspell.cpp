@@ -120,10 +120,10 @@ const Case kCases[] = {
      "{dir}/text.txt:1:7: recieve: misspelled (receive, relieve)\n"
      "{dir}/text.txt:2:5: the: repeated word\n"
      "{dir}/text.txt:2:22: na\xC3\xAFve: misspelled (naive, nave)\n"
-     "{dir}/text.txt:2:34: wrods: misspelled (rods, woods, words, prods)\n",
+     "{dir}/text.txt:2:34: wrods: misspelled (words, woods, rods, prods)\n",
      ""},
     {"standard input, CR LF line ends", {"check"}, "One wrod\r\nand anothr\r\n", 1,
-     "<stdin>:1:5: wrod: misspelled (rod, wood, word, prod, trod)\n"
+     "<stdin>:1:5: wrod: misspelled (word, wood, rod, prod, trod)\n"
      "<stdin>:2:5: anothr: misspelled (another)\n",
      ""},
     {"'-' is standard input", {"list", "-"}, "a wrod\n", 1, "wrod\n", ""},
@@ -137,21 +137,21 @@ const Case kCases[] = {
      "{\"file\":\"{dir}/text.txt\",\"line\":2,\"column\":22,\"offset\":36,\"word\":\"na\xC3\xAFve\",\"kind\":\"misspelled\","
      "\"kinds\":[\"misspelled\"],\"suggestions\":[{\"word\":\"naive\",\"score\":99},{\"word\":\"nave\",\"score\":90}]}\n"
      "{\"file\":\"{dir}/text.txt\",\"line\":2,\"column\":34,\"offset\":52,\"word\":\"wrods\",\"kind\":\"misspelled\","
-     "\"kinds\":[\"misspelled\"],\"suggestions\":[{\"word\":\"rods\",\"score\":90},{\"word\":\"woods\",\"score\":87},"
-     "{\"word\":\"words\",\"score\":84},{\"word\":\"prods\",\"score\":80}]}\n",
+     "\"kinds\":[\"misspelled\"],\"suggestions\":[{\"word\":\"words\",\"score\":84},{\"word\":\"woods\",\"score\":87},"
+     "{\"word\":\"rods\",\"score\":90},{\"word\":\"prods\",\"score\":80}]}\n",
      ""},
     {"list prints misspellings only", {"list", "{dir}/text.txt", "{dir}/clean.txt"}, "", 1,
      "recieve\nna\xC3\xAFve\nwrods\n", ""},
     {"--no-repeated", {"--no-repeated", "list", "{dir}/text.txt"}, "", 1, "recieve\nna\xC3\xAFve\nwrods\n", ""},
     {"colour always", {"--color=always", "check"}, "wrods\n", 1,
-     "\033[1m<stdin>:1:1:\033[0m wrods: \033[1;31mmisspelled\033[0m (\033[32mrods\033[0m, \033[32mwoods\033[0m, "
-     "\033[32mwords\033[0m, \033[32mprods\033[0m)\n",
+     "\033[1m<stdin>:1:1:\033[0m wrods: \033[1;31mmisspelled\033[0m (\033[32mwords\033[0m, \033[32mwoods\033[0m, "
+     "\033[32mrods\033[0m, \033[32mprods\033[0m)\n",
      ""},
     {"colour auto is off on a file", {"--color", "check"}, "wrods\n", 1,
-     "<stdin>:1:1: wrods: misspelled (rods, woods, words, prods)\n", ""},
+     "<stdin>:1:1: wrods: misspelled (words, woods, rods, prods)\n", ""},
     {"--color=always beats NO_COLOR", {"--color=always", "list"}, "wrods\n", 1, "wrods\n", "", {"NO_COLOR=1"}},
     {"--color=never", {"--color=never", "check"}, "wrods\n", 1,
-     "<stdin>:1:1: wrods: misspelled (rods, woods, words, prods)\n", ""},
+     "<stdin>:1:1: wrods: misspelled (words, woods, rods, prods)\n", ""},
     {"ISO 8859-1 input, reported in UTF-8", {"--encoding", "latin1", "check", "{dir}/latin1.txt"}, "", 1,
      "{dir}/latin1.txt:1:6: recieve: misspelled (receive, relieve)\n", ""},
     {"markup", {"--markup", "check", "{dir}/markup.html"}, "", 1,
@@ -166,12 +166,24 @@ const Case kCases[] = {
     // Suggestions.
     {"suggest", {"suggest", "recieve", "the", "Teh"}, "", 1,
      "recieve: misspelled (receive 94, relieve 85)\nthe: correct\n"
-     "Teh: misspelled (Eh 83, Th 83, The 71, Meh 66, TeX 66, Ted 66, Tet 66, Tex 66)\n",
+     "Teh: misspelled (The 71, Th 83, TeX 66, Ted 66, Tet 66, Tex 66, Eh 83, Meh 66)\n",
      ""},
     {"suggest json", {"--json", "suggest", "wrods"}, "", 1,
+     "{\"word\":\"wrods\",\"correct\":false,\"kind\":\"misspelled\",\"suggestions\":[{\"word\":\"words\",\"score\":84},"
+     "{\"word\":\"woods\",\"score\":87},{\"word\":\"rods\",\"score\":90},{\"word\":\"prods\",\"score\":80}]}\n",
+     ""},
+    // The engine's own order, untouched.
+    {"suggest in the engine's order", {"--rank=engine", "suggest", "Teh"}, "", 1,
+     "Teh: misspelled (Eh 83, Th 83, The 71, Meh 66, TeX 66, Ted 66, Tet 66, Tex 66)\n", ""},
+    {"suggest json in the engine's order", {"--json", "--rank", "engine", "suggest", "wrods"}, "", 1,
      "{\"word\":\"wrods\",\"correct\":false,\"kind\":\"misspelled\",\"suggestions\":[{\"word\":\"rods\",\"score\":90},"
      "{\"word\":\"woods\",\"score\":87},{\"word\":\"words\",\"score\":84},{\"word\":\"prods\",\"score\":80}]}\n",
      ""},
+    {"check in the engine's order", {"--rank=engine", "check"}, "wrods\n", 1,
+     "<stdin>:1:1: wrods: misspelled (rods, woods, words, prods)\n", ""},
+    {"lxspell's order by name", {"--rank=lxspell", "check"}, "wrods\n", 1,
+     "<stdin>:1:1: wrods: misspelled (words, woods, rods, prods)\n", ""},
+    {"an unknown order", {"--rank=aspell", "check"}, "wrods\n", 2, "", "lxspell: --rank takes lxspell or engine\n"},
     {"suggest without a word", {"suggest"}, "", 2, "", "lxspell: suggest needs at least one word\n"},
     {"suggest a word outside ISO 8859-1", {"suggest", "\xC5\x81\xC3\xB3\x64\xC5\xBA"}, "", 2, "",
      "outside ISO 8859-1"},
@@ -231,7 +243,7 @@ TEST(Lxspell, HelpNamesEveryOptionAndTheDefaults) {
     EXPECT_EQ(0, r.status);
     for (const char *word : {"check", "list", "suggest", "compile", "add", "remove", "-a", "--lexicon", "--personal",
                              "--markup", "--ignore-caps", "--ignore-digits", "--ignore-addresses", "--repeated",
-                             "--split-hyphen", "--depth", "--budget", "--encoding", "--json", "--color", "NO_COLOR",
+                             "--split-hyphen", "--depth", "--rank", "--budget", "--encoding", "--json", "--color", "NO_COLOR",
                              "755344", "1017744", "depth 30"})
         EXPECT_NE(std::string::npos, r.out.find(word)) << word;
 }
@@ -334,7 +346,7 @@ TEST(Lxspell, PersonalLexicon) {
     EXPECT_EQ(1, r.status);
     EXPECT_EQ("<stdin>:1:1: Teh: auto-change (The)\n"
               "<stdin>:1:13: recieve: conditional change (receive)\n"
-              "<stdin>:1:21: alot: misspelled (allot, lot, alt, alit, alto, slot, aloe, clot, blot, plot)\n",
+              "<stdin>:1:21: alot: misspelled (allot, alto, alt, alit, aloft, lot, aloe, slot, clot, blot)\n",
               r.out);
     r = t.run({"add", "--change", "nothing"});
     EXPECT_EQ(2, r.status);
@@ -435,7 +447,7 @@ TEST(Lxspell, BigInputs) {
     r = t.run({"check", "{dir}/long.txt"});
     EXPECT_EQ(1, r.status);
     EXPECT_EQ((t.dir / "long.txt") + ":1:" + std::to_string(longLine.size() - 4) +
-                  ": wrods: misspelled (rods, woods, words, prods)\n",
+                  ": wrods: misspelled (words, woods, rods, prods)\n",
               r.out);
 }
 
@@ -454,11 +466,15 @@ TEST(Lxspell, PipeConversation) {
         {"words, offsets from 0, a leading ^ counted",
          {"-a"},
          "hello worldd\n^teh cat\n",
-         "*\n& worldd 2 6: world, worlds\n\n& teh 8 1: tech, eh, the, tel, ten, meh, tea, tee\n*\n\n"},
+         "*\n& worldd 2 6: world, worlds\n\n& teh 8 1: the, tech, tel, ten, tea, tee, eh, meh\n*\n\n"},
+        {"the engine's order",
+         {"-a", "--rank=engine"},
+         "^teh\n",
+         "& teh 8 1: tech, eh, the, tel, ten, meh, tea, tee\n\n"},
         {"offsets count characters; words outside ISO 8859-1 pass",
          {"-a"},
          "^caf\xC3\xA9 na\xC3\xAFve \xC5\x81\xC3\xB3\x64\xC5\xBA wrods\n",
-         "*\n& na\xC3\xAFve 2 6: naive, nave\n*\n& wrods 4 17: rods, woods, words, prods\n\n"},
+         "*\n& na\xC3\xAFve 2 6: naive, nave\n*\n& wrods 4 17: words, woods, rods, prods\n\n"},
         {"a line in ISO 8859-1 is answered in it",
          {"-a"},
          "^caf\xE9 na\xEFve\n",
@@ -466,7 +482,7 @@ TEST(Lxspell, PipeConversation) {
         {"terse mode, empty lines and commands without answers",
          {"-a"},
          "!\n\n^good wrods\n+\n-\n~tex\n$$ra wrods,words\n%\n^good\n",
-         "& wrods 4 6: rods, woods, words, prods\n\n*\n\n"},
+         "& wrods 4 6: words, woods, rods, prods\n\n*\n\n"},
         {"@ accepts for the session; * adds to the personal lexicon",
          {"-a", "-p", "{dir}/pers.lex"},
          "@wrods\n*zzyzx\n&Qwertyx\n#\n^wrods zzyzx qwertyx Qwertyx\n",
@@ -474,7 +490,7 @@ TEST(Lxspell, PipeConversation) {
         {"the personal lexicon keeps * and & words, not @ words",
          {"-a", "-p", "{dir}/pers.lex"},
          "!\n^wrods zzyzx qwertyx\n",
-         "& wrods 4 1: rods, woods, words, prods\n\n"},
+         "& wrods 4 1: words, woods, rods, prods\n\n"},
         {"words without suggestions",
          {"-a", "-d", "{dir}/tiny.lxc"},
          "^zzz apple qqqqqq\n",
@@ -482,8 +498,8 @@ TEST(Lxspell, PipeConversation) {
         {"flags of editors accepted",
          {"-a", "-m", "-B", "-C", "-d", "american", "-T", "latin1", "--encoding=utf-8", "--sug-mode=ultra", "-i", "utf-8"},
          "^Teh\n",
-         "& Teh 8 1: Eh, Th, The, Meh, TeX, Ted, Tet, Tex\n\n"},
-        {"markup with -H", {"-a", "-H"}, "^<b>wrods</b>\n", "& wrods 4 4: rods, woods, words, prods\n\n"},
+         "& Teh 8 1: The, Th, TeX, Ted, Tet, Tex, Eh, Meh\n\n"},
+        {"markup with -H", {"-a", "-H"}, "^<b>wrods</b>\n", "& wrods 4 4: words, woods, rods, prods\n\n"},
         {"no line end at the end", {"-a"}, "^good", "*\n\n"},
     };
     for (const Conversation &c : conversations) {

@@ -33,6 +33,41 @@ std::string carry_of(const std::string &text) {
     return text.substr(from);
 }
 
+// LX_Suggest's list for word, in its order, keeping up to capacity.
+std::vector<RawSuggestion> engine_suggestions(const char *word, int32_t depth, int32_t capacity,
+                                              LX_Lexicon *const *lexicons, uint32_t options) {
+    std::vector<SuggEntry> entries(static_cast<size_t>(capacity));
+    SuggSet set{entries.data(), 0, capacity};
+    const int32_t n = LX_Suggest(word, depth, lexicons, options, &set);
+    std::vector<RawSuggestion> out;
+    out.reserve(static_cast<size_t>(n));
+    for (int32_t i = 0; i < n; ++i) out.push_back({entries[i].word, entries[i].score});
+    return out;
+}
+
+// Candidates taken from each search, and the depth of the second search,
+// made when the depth asked for is from kShallowest up to kDeep. A depth-40
+// search costs about three times one at 30; at 100 every segment of a
+// compressed lexicon is decoded, a hundred times slower.
+constexpr int32_t kGather = 20, kShallowest = 30, kDeep = 40;
+
+// lxspell's own ranking: more candidates than are shown, from the depth
+// asked for and, when none of them is a single slip away, from a deeper
+// search too (not below depth 30: a shallow depth asks for speed); then
+// ordered by rank_candidates.
+std::vector<RawSuggestion> gather(const char *word, LX_Lexicon *const *lexicons, const Settings &s) {
+    std::vector<RawSuggestion> found = engine_suggestions(word, s.depth, kGather, lexicons, s.options);
+    if (s.depth >= kShallowest && s.depth < kDeep && !has_close(word, found)) {
+        for (RawSuggestion &c : engine_suggestions(word, kDeep, kGather, lexicons, s.options)) {
+            const bool seen = std::any_of(found.begin(), found.end(),
+                                          [&](const RawSuggestion &f) { return f.word == c.word; });
+            if (!seen) found.push_back(std::move(c));
+        }
+    }
+    rank_candidates(word, found);
+    return found;
+}
+
 } // namespace
 
 std::vector<RawSuggestion> suggestions_for(int32_t result, const char *word, const char *repl,
@@ -46,12 +81,13 @@ std::vector<RawSuggestion> suggestions_for(int32_t result, const char *word, con
     if (result & LX_RES_MISSPELLED) {
         // A word the lexicon excludes may come with what it stores for it.
         if (hasRepl) out.push_back({repl, 99});
-        SuggEntry entries[kMaxSuggestions];
-        SuggSet set{entries, 0, kMaxSuggestions};
-        const int32_t n = LX_Suggest(word, s.depth, lexicons, s.options, &set);
-        for (int32_t i = 0; i < n; ++i) {
-            if (hasRepl && std::strcmp(entries[i].word, repl) == 0) continue;
-            out.push_back({entries[i].word, entries[i].score});
+        std::vector<RawSuggestion> found =
+            s.rank == Rank::Engine ? engine_suggestions(word, s.depth, kMaxSuggestions, lexicons, s.options)
+                                   : gather(word, lexicons, s);
+        for (RawSuggestion &c : found) {
+            if (out.size() == kMaxSuggestions) break;
+            if (hasRepl && c.word == repl) continue;
+            out.push_back(std::move(c));
         }
         return out;
     }

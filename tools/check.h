@@ -10,6 +10,7 @@
 
 #include <lxengine.h>
 
+#include "rank.h"
 #include "report.h"
 #include "text.h"
 
@@ -35,15 +36,12 @@ struct Settings {
     // A block that isn't valid UTF-8 is taken as ISO 8859-1, and its words
     // are shown in it: for editors (-l) that talk ISO 8859-1.
     bool latin1Fallback = false;
+    Rank rank = Rank::Own;
 };
 
 // What to offer for a finding: the replacement the engine gave (repl) for
 // a change, a capitalisation, a mixed case or digits, and LX_Suggest's
 // ranked list for a misspelling. Words in the engine's form.
-struct RawSuggestion {
-    std::string word;
-    int score;
-};
 std::vector<RawSuggestion> suggestions_for(int32_t result, const char *word, const char *repl,
                                            LX_Lexicon *const *lexicons, const Settings &s);
 

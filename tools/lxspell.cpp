@@ -34,7 +34,7 @@ const char kHelp[] =
     "  check [FILE]...        report each finding as FILE:LINE:COLUMN: WORD: what (suggestions);\n"
     "                         standard input when no FILE is given or FILE is '-' (the default command)\n"
     "  list [FILE]...         print the misspelled words only, one a line\n"
-    "  suggest WORD...        print ranked suggestions with their scores (0-100)\n"
+    "  suggest WORD...        print ranked suggestions with the engine's scores (0-100)\n"
     "  compile WORDLIST OUTPUT\n"
     "                         compile a word list (one word a line, LF or CR LF, UTF-8 or\n"
     "                         ISO 8859-1) into a compressed lexicon; OUTPUT is replaced only\n"
@@ -67,6 +67,9 @@ const char kHelp[] =
     "      --repeated         report a word repeated right after itself, same case (default)\n"
     "      --split-hyphen     judge hyphenated words piece by piece (default)\n"
     "      --depth N          how far to search for suggestions, 0 to 100 (default 30)\n"
+    "      --rank ORDER       the order of suggestions: lxspell (default: closest spelling first,\n"
+    "                         by a weighted edit distance, then the engine's score) or engine\n"
+    "                         (the engine's own order)\n"
     "      --options BITS     the engine's option bits instead of the default set (decimal or 0x..)\n"
     "      --encoding ENC     utf8 (default) or latin1 (ISO 8859-1): the text's encoding\n"
     "\n"
@@ -231,6 +234,9 @@ int parse(int argc, char **argv, Cli &cli) {
             if (!need(v) || !parse_encoding(v, cli.s.encoding))
                 return fail(name + " needs utf8 or latin1");
             cli.s.encodingChosen = true;
+        } else if (name == "--rank") {
+            if (!need(v) || (v != "lxspell" && v != "engine")) return fail("--rank takes lxspell or engine");
+            cli.s.rank = v == "engine" ? Rank::Engine : Rank::Own;
         } else if (name == "--json") {
             cli.format = Format::Json;
         } else if (name == "--color" || name == "--colour") {

@@ -10,6 +10,9 @@
 #   --runs N      runs of each timed measurement, the median is reported
 #                 (default 5; start-up takes 4 times as many)
 #   --no-install  use what is installed; fail when something is missing
+#   --only ROWS   only these rows, named as in the table and separated by
+#                 commas (e.g. 'lxengine,aspell flat'); the table and plot
+#                 stay beside the run's other files unless asked for elsewhere
 #
 # Environment: LXSPELL (default build/bin/lxspell), LXC (default
 # build/bin/en_US.lxc), PEERS_CACHE (default build/peers: everything built
@@ -32,6 +35,7 @@ root=$(cd "$here/../.." && pwd)
 short=0
 runs=5
 install=1
+only=
 while (($#)); do
 	case $1 in
 	--short) short=1 ;;
@@ -40,6 +44,10 @@ while (($#)); do
 		shift
 		;;
 	--no-install) install=0 ;;
+	--only)
+		only=${2:?--only needs row names}
+		shift
+		;;
 	-h | --help)
 		sed -n '2,/^set -euo/p' "$0" | sed '$d; s/^# \{0,1\}//'
 		exit 0
@@ -72,6 +80,7 @@ mkdir -p "$cache" "$work"
 # A short run is a check of the script: its table stays in the cache unless
 # asked for elsewhere, and never replaces the last full run's.
 results=$( ((short)) && echo "$work" || echo "$here")
+[[ -n $only ]] && results=$work/only && mkdir -p "$results"
 table=${PEERS_TABLE:-$results/table.md}
 plot=${PEERS_PLOT:-$results/suggest.png}
 
@@ -223,6 +232,17 @@ write_rows() {
 		"aspell -d en_US --encoding=iso-8859-1 -a"
 	row "nuspell flat" utf8 1 "$dict/flat.dic:$dict/flat.aff" \
 		"$nuspell_list $dict/flat.aff" "$nuspell_list -a $dict/flat.aff"
+	if [[ -n $only ]]; then
+		ONLY=$only python3 -c '
+import os, sys
+want = set(os.environ["ONLY"].split(","))
+rows = [ln for ln in open(sys.argv[1]) if ln.split("\t")[0] in want]
+missing = want - {ln.split("\t")[0] for ln in rows}
+if missing:
+    sys.exit("run.sh: no row named " + ", ".join(sorted(missing)))
+open(sys.argv[1], "w").writelines(rows)
+' "$rows"
+	fi
 	say "rows:"
 	cut -f1,5 "$rows" | sed 's/\t/: /' >&2
 }

@@ -1,0 +1,48 @@
+// rank.h - lxspell's own order for the engine's suggestions: the closest
+// spelling first, by a weighted edit distance, the engine's score next.
+#ifndef LXSPELL_RANK_H
+#define LXSPELL_RANK_H
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace lxspell {
+
+// How suggestions are ordered: lxspell's own ranking (the default) or the
+// engine's order as LX_Suggest gives it.
+enum class Rank { Own, Engine };
+
+// One suggestion: a word in the engine's form (ISO 8859-1) and the
+// engine's score for it (0 to 100).
+struct RawSuggestion {
+    std::string word;
+    int score;
+};
+
+// The cost of one edit in the distances below.
+inline constexpr int kEditCost = 4;
+
+// The weighted edit distance from typed to candidate, letters compared
+// without case, in units of kEditCost for a plain edit: an insertion, a
+// deletion, a substitution or a swap of two neighbours. Slips that people
+// often make cost less: a swap, a doubled or undoubled letter, a vowel for
+// a vowel, a vowel put in or left out; an apostrophe costs more.
+int edit_cost(std::string_view typed, std::string_view candidate);
+
+// edit_cost, and a little more when the first letter differs, or is a
+// capital in one word and not in the other: what candidates are sorted by.
+int rank_cost(std::string_view typed, std::string_view candidate);
+
+// Sorts candidates (the engine's list, best first) for the misspelling
+// typed: by rank_cost, then by the engine's score, then as the engine had
+// them.
+void rank_candidates(std::string_view typed, std::vector<RawSuggestion> &candidates);
+
+// True when some candidate is a single edit (or a cheaper slip) from typed:
+// then a deeper search isn't worth its time.
+bool has_close(std::string_view typed, const std::vector<RawSuggestion> &candidates);
+
+} // namespace lxspell
+
+#endif
