@@ -401,6 +401,7 @@ TEST_F(Compress, EnglishWordListComesBackWhole) {
     EXPECT_EQ(999, f.lang);
     EXPECT_EQ(words, f.words);
     EXPECT_EQ(30u, f.simple.size());
+    EXPECT_GT(f.ext.size(), 100u);
     EXPECT_LT(bytes.size(), read_bytes(path).size() / 3);
     EXPECT_EQ(std::vector<std::string>{}, temp_files());
 }

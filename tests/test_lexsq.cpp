@@ -417,35 +417,3 @@ TEST(LexSq, FullDiskIsAWriteError) {
     });
     EXPECT_EQ("", result);
 }
-
-// ------------------------------------------------------ a real word list
-
-TEST(LexSq, CompilesTheEnglishWordList) {
-    const std::string path = std::string(LX_DATA_DIR) + "/en_US.txt";
-    std::vector<std::string> words;
-    {
-        std::istringstream in(read_bytes(path));
-        for (std::string l; std::getline(in, l);) words.push_back(l.substr(0, l.size() - 1)); // CR LF
-    }
-    ASSERT_EQ(104334u, words.size());
-    // Suffix discovery learns most from neighbours in byte order, which the
-    // list (in the order of an English locale) doesn't have.
-    std::sort(words.begin(), words.end());
-    TempDir dir;
-    write_bytes(dir / "sorted.txt", crlf(words));
-    const char *lists[] = {nullptr};
-    const std::string sorted = dir / "sorted.txt";
-    lists[0] = sorted.c_str();
-    ASSERT_EQ(0, LX_FindSuffixes(1, lists, (dir / "suffixes.txt").c_str()));
-
-    LexSqContext ctx{};
-    uint32_t line = 0;
-    ASSERT_EQ(0, LexSq_Init(&ctx, (dir / "en.lxc").c_str(), (dir / "suffixes.txt").c_str(), 999, &line));
-    ASSERT_EQ(0, LexSqFile(&ctx, path.c_str(), &line)); // the squeezer sorts for itself
-    ASSERT_EQ(0, LexSq_End(&ctx));
-    const LxcFile f = read_back(dir / "en.lxc");
-    EXPECT_EQ(words, f.words);
-    EXPECT_EQ(30u, f.simple.size());
-    EXPECT_GT(f.ext.size(), 100u);
-    EXPECT_LT(read_bytes(dir / "en.lxc").size(), read_bytes(path).size() / 3);
-}
