@@ -19,7 +19,7 @@
 # or downloaded here, reused by the next run), PEERS_TABLE (default
 # bench/peers/table.md; build/peers/short/table.md in short mode),
 # PEERS_PLOT (default bench/peers/suggest.png, or beside the short table),
-# PEERS_SLOW_CAP (pairs a list for Hunspell and Nuspell, default 500).
+# PEERS_SLOW_CAP (pairs a list for Hunspell, Nuspell and lxengine at depth 100, default 500).
 #
 # The fair inputs: data/en_US.txt, the word list lxengine's bundled lexicon
 # is compiled from, is also made into a Hunspell dictionary without affix
@@ -190,8 +190,8 @@ lxengine_rows() {
 		say "lxengine rows left out: no lexicon at $lxc (set LXC)"
 		return 0
 	fi
-	local name opts
-	while IFS='|' read -r name opts; do
+	local name opts slow
+	while IFS='|' read -r name opts slow; do
 		# A configuration the tool does not know (a bad option exits with
 		# 2) is left out rather than measured as a failure.
 		local st=0
@@ -201,11 +201,11 @@ lxengine_rows() {
 			say "lxengine row '$name' left out: '$lxspell -d $lxc $opts list' exits with $st"
 			continue
 		fi
-		row "$name" utf8 0 "$lxc" "$lxspell -d $lxc $opts list" \
+		row "$name" utf8 "${slow:-0}" "$lxc" "$lxspell -d $lxc $opts list" \
 			"$lxspell -d $lxc $opts -a"
 	done <<-'EOF'
 		lxengine|
-		lxengine depth 100|--depth 100
+		lxengine depth 100|--depth 100|1
 		lxengine budget 0|--budget 0
 		lxengine budget 64K|--budget 65536
 		lxengine rank=engine|--rank=engine
@@ -270,9 +270,9 @@ header_lines() {
 	echo "Pairs after filtering (correction in the word list, misspelling" \
 		"not): $(sed 's/^\([a-z]*\):.*used \([0-9]*\)$/\1 \2/' \
 			"$work/pairs.counts" | paste -sd, | sed 's/,/, /g')."
-	echo "Medians of $runs run(s) (start-up: $startup_runs); Hunspell and" \
-		"Nuspell suggest over an evenly spaced sample of at most $slow_cap" \
-		"pairs a list, once."
+	echo "Medians of $runs run(s) (start-up: $startup_runs); Hunspell," \
+		"Nuspell and lxengine at depth 100 suggest over an evenly spaced" \
+		"sample of at most $slow_cap pairs a list, once."
 }
 
 measure() {
