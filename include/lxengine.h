@@ -201,6 +201,8 @@ typedef struct LX_FCLex {
     uint32_t *packedKeys;          /* private: the keys of segIndex as numbers, hashed */
     struct FCSegment *oldestLoaded; /* private: segments in memory, least */
     struct FCSegment *newestLoaded; /* recently requested first */
+    struct FCVerdict *verdicts;    /* private: verdicts of recent lookups */
+    uint32_t verdictMask;          /* private: their number less one */
 } LX_FCLex;
 
 /* The record of every lexicon. The host provides it and sets kind; the

@@ -881,15 +881,21 @@ extern "C" LX_API int32_t LX_CheckText(const char *text, LX_Lexicon *const *lexi
         // it; with a word buffer of that size, that is the word just taken.
         int32_t walkLen = wordSz == LX_MAX_WORD_SZ ? length : -1;
         int32_t r = check_top(word, lexicons, options, repl, replSz, &delta);
-        if (reportRepeated && !LX_IsIgnoredWord(word, options)) {
-            bool equal = (options & LX_OPT_CASE_SENSITIVE) ? LX_Str_Cmp(word, prev) == 0
-                                                           : LX_Str_ICmp(word, prev) == 0;
-            if (equal && only_space_between(t, *cursor, prev)) r |= LX_RES_REPEATED;
+        if (reportRepeated) {
+            // The cheap test first: the word seldom equals the one before.
+            const bool equal = (options & LX_OPT_CASE_SENSITIVE) ? LX_Str_Cmp(word, prev) == 0
+                                                                 : LX_Str_ICmp(word, prev) == 0;
+            if (equal && !LX_IsIgnoredWord(word, options) && only_space_between(t, *cursor, prev))
+                r |= LX_RES_REPEATED;
         }
         if ((r & (LX_RES_MISSPELLED | LX_RES_AUTO_CHANGE | LX_RES_COND_CHANGE)) && (options & splitOptions))
             narrow_report(options, delta, cursor, word, wordSz);
         if (r != 0) return r;
-        if (reportRepeated) LX_Str_Copy(prev, sizeof prev, word);
+        if (reportRepeated) {
+            // A word taken whole into a word buffer is length bytes long.
+            if (walkLen >= 0) std::memcpy(prev, word, static_cast<size_t>(walkLen) + 1);
+            else LX_Str_Copy(prev, sizeof prev, word);
+        }
 
         int32_t next;
         if (walkLen >= 0) {

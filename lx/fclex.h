@@ -8,7 +8,9 @@
 // least recently requested ones are thrown out to make room. The file is
 // opened for each load and closed behind it. Each loaded segment may have
 // a small table of jumps beside it, which the budget doesn't count (at
-// most a quarter of the segment's size while a budget is set).
+// most a quarter of the segment's size while a budget is set), and the
+// lexicon keeps the verdicts of recent lookups in a table of its own
+// (FCVerdict), also beside the budget: a quarter of it, 8 to 128 KiB.
 #ifndef LX_FCLEX_H
 #define LX_FCLEX_H
 
@@ -20,6 +22,8 @@
 
 inline constexpr uint32_t FCLEX_MAGIC = 0x0045066B;
 inline constexpr uint32_t FC_JUMPS_COMPLETE = 0x80000000;
+inline constexpr int32_t FC_VERDICT_WORD_MAX = 24; // longer words aren't kept
+inline constexpr uint16_t FC_VERDICT_NO_SEGMENT = 0xFFFF;
 
 // One segment. data is null while the segment isn't in memory.
 struct FCSegment {
@@ -42,6 +46,21 @@ struct FCSegment {
     // complete, and jumps[1..n] the jumps. Null if it has none.
     uint32_t *jumps;
 };
+
+// The verdicts of recent case-sensitive lookups, kept so that the common
+// words of a text cost a probe instead of a search of their segment. A
+// direct-mapped table by a hash of the word. A verdict stands only while
+// its segment is in memory, and using it requests the segment as the
+// search would have done; so loads, the order of the segments in memory
+// and the failures of loads are those of the lookups without the table.
+struct FCVerdict {
+    uint32_t hash;
+    uint8_t len;      // of word; 0 for an empty entry
+    uint8_t found;    // 1 if the lexicon holds word
+    uint16_t segment; // place of word's segment in segIndex, FC_VERDICT_NO_SEGMENT if no request
+    char word[FC_VERDICT_WORD_MAX]; // not terminated
+};
+static_assert(sizeof(FCVerdict) == 32, "a verdict fills half a cache line");
 
 // Behind LX_Lexicon_Close: frees everything the lexicon holds. Gives 0.
 int32_t LX_FCLex_Close(LX_Lexicon *lex);

@@ -11,9 +11,9 @@
 int32_t LX_Str_Len(const char *text) { return static_cast<int32_t>(std::strlen(text)); }
 
 void LX_Str_Copy(char *dst, int32_t dstSize, const char *src) {
-    int32_t i = 0;
-    for (; i < dstSize - 1 && src[i] != '\0'; ++i) dst[i] = src[i];
-    dst[i] = '\0';
+    const size_t n = dstSize > 1 ? strnlen(src, static_cast<size_t>(dstSize) - 1) : 0;
+    std::memmove(dst, src, n); // callers may copy a string onto a part of itself
+    dst[n] = '\0';
 }
 
 void LX_Str_CopyN(char *dst, int32_t dstSize, const char *src, int32_t maxChars) {

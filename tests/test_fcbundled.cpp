@@ -5,6 +5,7 @@
 #include <random>
 
 #include "filetest.h"
+#include "lexicon.h"
 #include "lxtest.h"
 
 namespace {
@@ -55,7 +56,9 @@ TEST(BundledLexicon, CompiledListJudgesAsTheMemoryLexicon) {
         queries.insert(queries.end(), {cap, up, edit, w.substr(1), w + "s", std::string(1, w[0]) + w});
     }
     const uint32_t plain = LX_OPT_CHECK_SPELLING | LX_OPT_CASE_SENSITIVE;
-    for (int32_t budget : {0, 64 * 1024}) {
+    // 16 KiB: the smallest table of verdicts, with segments thrown out and
+    // loaded again all the time.
+    for (int32_t budget : {0, 64 * 1024, 16 * 1024}) {
         LX_Lexicon fc{};
         fc.kind = LEX_FC;
         ASSERT_EQ(0, LX_FCLex_Open(&fc, file.c_str(), budget)) << LX_Diag_GetLastMsg();
@@ -72,4 +75,33 @@ TEST(BundledLexicon, CompiledListJudgesAsTheMemoryLexicon) {
         EXPECT_EQ(0u, differ) << "budget " << budget;
         LX_Lexicon_Close(&fc);
     }
+}
+
+// A kept verdict answers only while its segment is in memory, and it
+// requests the segment as a search would: a segment thrown out is loaded
+// again, and a load that fails makes the word absent.
+TEST(BundledLexicon, VerdictsLastAsLongAsTheirSegment) {
+    TempDir dir;
+    const std::string file = dir.path + "/en_US.lxc";
+    uint32_t errLine = 0;
+    ASSERT_EQ(0, LX_Compress_Lex((std::string(LX_DATA_DIR) + "/en_US.txt").c_str(), file.c_str(), &errLine));
+    LX_Lexicon fc{};
+    fc.kind = LEX_FC;
+    ASSERT_EQ(0, LX_FCLex_Open(&fc, file.c_str(), 16 * 1024));
+    auto find = [&](const char *w) { return LX_Lexicon_FindWord(&fc, w, 1, nullptr, 0) == LX_ACT_IGNORE; };
+    ASSERT_TRUE(find("walked"));
+    const uint32_t clock = fc.fc.useClock;
+    EXPECT_TRUE(find("walked"));
+    EXPECT_FALSE(find("walkeds"));
+    EXPECT_TRUE(find("walked"));
+    EXPECT_EQ(clock + 3, fc.fc.useClock); // every lookup requested the segment
+
+    // Words of other segments fill the budget; then the file goes.
+    for (const std::string &w : bundled_words())
+        if (w.rfind("wal", 0) != 0) find(w.c_str());
+    ASSERT_EQ(0, std::remove(file.c_str()));
+    EXPECT_FALSE(find("walked"));
+    EXPECT_EQ(file + ": can't open", std::string(LX_Diag_GetLastMsg()));
+    EXPECT_TRUE(find("at")); // the index alone answers for a short word
+    LX_Lexicon_Close(&fc);
 }
