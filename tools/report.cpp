@@ -78,11 +78,15 @@ void Reporter::report(const Finding &f) {
                            ",\"column\":" + std::to_string(f.pos.column) +
                            ",\"offset\":" + std::to_string(f.pos.byte) + ",\"word\":" + json_quote(f.word) +
                            ",\"kind\":" + json_quote(names.empty() ? "" : names[0]) + ",\"kinds\":[";
-        for (size_t i = 0; i < names.size(); ++i) line += (i ? "," : "") + json_quote(names[i]);
+        for (size_t i = 0; i < names.size(); ++i) {
+            if (i) line += ',';
+            line += json_quote(names[i]);
+        }
         line += "],\"suggestions\":[";
         for (size_t i = 0; i < f.suggestions.size(); ++i) {
-            line += (i ? ",{\"word\":" : "{\"word\":") + json_quote(f.suggestions[i].word) +
-                    ",\"score\":" + std::to_string(f.suggestions[i].score) + "}";
+            line += i ? ",{\"word\":" : "{\"word\":";
+            line += json_quote(f.suggestions[i].word);
+            line += ",\"score\":" + std::to_string(f.suggestions[i].score) + "}";
         }
         line += "]}\n";
         std::fputs(line.c_str(), out_);
