@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <cstdio>
+#include <memory>
 #include <string>
 #include <string_view>
 
@@ -91,13 +92,20 @@ public:
     // The next block into `block`; false at the end of the stream. A read
     // error sets failed().
     bool next(std::string &block);
+    // The same, as a view into the reader's own buffer, valid until the
+    // next call: no copy of the block is made.
+    bool next(std::string_view &block);
     bool failed() const { return failed_; }
 
 private:
+    // Reads until size_ is want or the stream ends; false if nothing is held.
     bool fill(size_t want);
+    std::string_view pending() const { return {buf_.get(), size_}; }
     FILE *fp_;
     size_t blockSize_, maxLine_;
-    std::string pending_;
+    std::unique_ptr<char[]> buf_; // what was read and not yet handed on
+    size_t capacity_ = 0, size_ = 0;
+    size_t handedOut_ = 0; // the front of the buffer that the last block viewed
     bool eof_ = false, failed_ = false;
 };
 
