@@ -110,6 +110,12 @@ struct LoadedHead {
 };
 static_assert(sizeof(FCSegment) == 24, "a segment's record stays small: a file has thousands");
 
+// The segment records are asked of segPool one byte short: the pool gives
+// the next multiple of 8 above what is asked, so each record takes its own
+// 24 bytes and not 32.
+constexpr uint32_t kSegPiece = sizeof(FCSegment) - 1;
+static_assert(Sma_PieceSize(kSegPiece) == sizeof(FCSegment));
+
 LoadedHead *head_of(const FCSegment *seg) { return reinterpret_cast<LoadedHead *>(seg->data) - 1; }
 
 MCSegment mc_segment(const FCSegment *seg) {
@@ -438,7 +444,7 @@ int16_t FCLex_ReadIndex(PortFile *fid, uint32_t length, LX_Lexicon *lex) {
         const LXCIndexEntry entry = LXC_GetIndexEntry(chunk + LXC_INDEX_ENTRY_SZ * inChunk);
         const uint32_t packed = pack_key(entry.key);
         if (!valid_key(entry.key) || (i > 0 && packed <= keys[i - 1])) return invalid(fc);
-        auto *seg = static_cast<FCSegment *>(Sma_Alloc(&fc.segPool, sizeof(FCSegment)));
+        auto *seg = static_cast<FCSegment *>(Sma_Alloc(&fc.segPool, kSegPiece));
         if (seg == nullptr) return out_of_memory(fc);
         std::memcpy(seg->key, entry.key, LXC_KEY_SZ);
         seg->offset = entry.offset;
