@@ -104,6 +104,10 @@ bool check_stream(FILE *fp, const std::string &name, LX_Lexicon *const *lexicons
     // in place behind the carry: the block itself stays in the reader.
     std::string_view block;
     std::string text, carry;
+    // Room for a usual block and its carry at once, so that the text
+    // isn't grown (and copied, and its old memory left behind) by a block
+    // a little longer than the one before.
+    text.reserve(kCarry + BlockReader::kBlockSize + 1);
     while (reader.next(block)) {
         text.assign(carry);
         const int32_t base = static_cast<int32_t>(text.size());

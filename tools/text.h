@@ -87,7 +87,8 @@ private:
 // if it has none, so memory stays bounded whatever the input.
 class BlockReader {
 public:
-    explicit BlockReader(FILE *fp, size_t blockSize = 16 * 1024, size_t maxLine = 1024 * 1024)
+    static constexpr size_t kBlockSize = 16 * 1024;
+    explicit BlockReader(FILE *fp, size_t blockSize = kBlockSize, size_t maxLine = 1024 * 1024)
         : fp_(fp), blockSize_(blockSize), maxLine_(maxLine) {}
     // The next block into `block`; false at the end of the stream. A read
     // error sets failed().
