@@ -1,13 +1,15 @@
 #!/usr/bin/env bash
 # bench_lxspell.sh - lxspell as scripts meet it. Prints the words per second
 # of `lxspell list` over a large English text (data/prose.txt repeated to
-# about 20 MB) beside the engine's own check rate, the tool's peak memory,
-# and its start-up time for a one-word input (the median of 50 runs, less
-# the time the shell takes to run /bin/true), each with its mark.
+# about 20 MB) beside the engine's own check rate, the tool's peak memory
+# over that text with a 64 KiB budget, with none and with its default,
+# and its start-up time for a one-word input (the median wall time of 50
+# runs, less the time the shell takes to run /bin/true, and the mean CPU
+# time, user and system, of the same runs), each with its mark.
 #
 # Usage: bench_lxspell.sh [--short] [--build DIR] [--budget BYTES]
 #                         [--engine-rate WORDS_PER_SECOND]
-#   --short        a 2 MB text, one timed run and 10 start-ups
+#   --short        a 2 MB text, one timed run and 20 start-ups
 #   --build DIR    the build tree (default: build/ beside bench/)
 #   --budget N     passed to lxspell and to the engine's benchmark; without
 #                  it lxspell runs with its default and the engine with none
@@ -42,7 +44,7 @@ opts=()
 
 # The text: the prose and a line end, repeated, as bench_fclex builds its
 # own (only longer), so that both count the same words per copy.
-if [ $short = 1 ]; then size=$((2 << 20)) runs=1 starts=10; else size=$((20 << 20)) runs=3 starts=50; fi
+if [ $short = 1 ]; then size=$((2 << 20)) runs=1 starts=20; else size=$((20 << 20)) runs=3 starts=50; fi
 prose=$here/data/prose.txt
 copy_bytes=$(( $(wc -c <"$prose") + 1 ))
 copies=$(( (size + copy_bytes - 1) / copy_bytes ))
@@ -86,6 +88,16 @@ time_list --options 0x80280 --budget "${budget:-0}"
 same_best=$best
 time_list "${opts[@]}"
 listed=$(wc -l <"$tmp/list.out")
+peak_default=$peak
+# Peak memory with a small budget (what a machine short of memory would
+# give), and with no limit (every segment that the text needs stays).
+peak_of() { # BUDGET ; prints the peak resident memory in KiB
+  /usr/bin/time -f '%M' -o "$tmp/time" "$lxspell" --budget "$1" list <"$tmp/text.txt" >/dev/null \
+    || [ $? -eq 1 ] || { echo "bench_lxspell: lxspell list failed" >&2; exit 1; }
+  tail -n 1 "$tmp/time"
+}
+peak_small=$(peak_of 65536)
+peak_none=$(peak_of 0)
 
 # Start-up: one word on standard input, timed in the shell without a fork
 # of its own; the median of the runs, and the same for /bin/true, whose
@@ -104,6 +116,19 @@ median_ms() { # COMMAND...
     awk '{ v[NR] = $1 } END { print (NR % 2 ? v[(NR + 1) / 2] : (v[NR / 2] + v[NR / 2 + 1]) / 2) }'
 }
 startup_raw=$(median_ms "$lxspell" "${opts[@]}" list)
+# CPU time, user and system: what the children that the shell has waited
+# for took (bash's `times`, to the millisecond), over as many runs again,
+# run here and not in a pipeline, so that no other process counts.
+children_ms() { # FILE: the output of `times`
+  tail -n 1 "$1" | awk '{ t = 0; for (i = 1; i <= 2; i++) { split($i, p, /[ms]/); t += p[1] * 60 + p[2] } printf "%.3f", t * 1000 }'
+}
+times >"$tmp/times0"
+for ((r = 0; r < starts; r++)); do
+  "$lxspell" "${opts[@]}" list <"$tmp/one.txt" >/dev/null || true
+done
+times >"$tmp/times1"
+startup_cpu=$(awk -v a="$(children_ms "$tmp/times0")" -v b="$(children_ms "$tmp/times1")" -v n="$starts" \
+  'BEGIN { printf "%.2f", (b - a) / n }')
 exec_ms=$(median_ms /bin/true)
 startup=$(awk -v a="$startup_raw" -v b="$exec_ms" 'BEGIN { d = a - b; print (d > 0 ? d : 0) }')
 
@@ -126,8 +151,13 @@ if [ -n "$engine_rate" ]; then
 else
   echo "engine check rate: unknown (build bench_fclex, or give --engine-rate)"
 fi
-printf 'peak memory:       %6.2f MB          mark < 4 MB: %s  (one-word input: %.2f MB)\n' \
-  "$(awk -v k="$peak" 'BEGIN { print k / 1024 }')" "$(mark "$(awk -v k="$peak" 'BEGIN { print k / 1024 }')" '<' 4)" \
-  "$(awk -v k="$peak1" 'BEGIN { print k / 1024 }')"
-printf 'start-up:          %6.2f ms          mark < 5 ms: %s  (median of %d one-word runs, %.2f ms, less %.2f ms for /bin/true)\n' \
+mib() { awk -v k="$1" 'BEGIN { printf "%.2f", k / 1024 }'; }
+printf 'peak memory:       %6.2f MiB         mark < 2.1 MiB: %s  (budget 64 KiB)\n' \
+  "$(mib "$peak_small")" "$(mark "$(mib "$peak_small")" '<' 2.1)"
+printf '                   %6.2f MiB         (no budget)\n' "$(mib "$peak_none")"
+printf '                   %6.2f MiB         (budget %s; one-word input: %.2f MiB)\n' \
+  "$(mib "$peak_default")" "${budget:-default}" "$(mib "$peak1")"
+printf 'start-up:          %6.2f ms          mark < 5 ms: %s  (wall: median of %d one-word runs, %.2f ms, less %.2f ms for /bin/true)\n' \
   "$startup" "$(mark "$startup" '<' 5)" "$starts" "$startup_raw" "$exec_ms"
+printf 'start-up CPU:      %6.2f ms          mark < 5 ms: %s  (user and system, the mean of the same runs)\n' \
+  "$startup_cpu" "$(mark "$startup_cpu" '<' 5)"

@@ -50,16 +50,9 @@ configure_file(${PROJECT_SOURCE_DIR}/cmake/lxengine.pc.in ${PROJECT_BINARY_DIR}/
 install(FILES ${PROJECT_BINARY_DIR}/lxengine.pc DESTINATION ${LX_PKGCONFIG_DIR})
 
 # The command-line tool, when this tree has it. Installed, it finds its
-# lexicon in ../share/lxspell beside its own directory, and the library in
-# ../lib (or wherever the library directory is) through its run path.
+# lexicon in ../share/lxspell beside its own directory; it holds the engine
+# itself and needs no run path.
 if(TARGET lxspell)
-  file(RELATIVE_PATH LX_BIN_TO_LIB "/root/${CMAKE_INSTALL_BINDIR}"
-       "/root/${CMAKE_INSTALL_LIBDIR}")
-  if(IS_ABSOLUTE "${CMAKE_INSTALL_LIBDIR}")
-    set_target_properties(lxspell PROPERTIES INSTALL_RPATH "${CMAKE_INSTALL_LIBDIR}")
-  else()
-    set_target_properties(lxspell PROPERTIES INSTALL_RPATH "$ORIGIN/${LX_BIN_TO_LIB}")
-  endif()
   install(TARGETS lxspell RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 endif()
 if(TARGET lxspell_lexicon)

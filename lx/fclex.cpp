@@ -38,6 +38,7 @@ namespace {
 
 constexpr int32_t kNameMax = static_cast<int32_t>(sizeof(LX_FCLex::fileName)) - 1; // 515
 constexpr uint32_t kSegsPerBlock = 1000;
+constexpr uint32_t kIndexChunk = 372; // index entries read at a time: 4 KiB
 
 void check_open(const LX_Lexicon *lex) {
     LX_ASSERT(lex != NULL);
@@ -93,12 +94,36 @@ MCSuffixTable table_view(char **entries, int32_t count) {
 MCSuffixTable simple_table(const LX_FCLex &fc) { return table_view(fc.simpleSuffixes, fc.nSimpleSuffixes); }
 MCSuffixTable ext_table(const LX_FCLex &fc) { return table_view(fc.extSuffixes, fc.nExtSuffixes); }
 
+// What a segment in memory carries beside its bytes, in the same block
+// just before them, so that the records of the many segments that aren't
+// in memory needn't have room for it.
+struct LoadedHead {
+    // The segments in memory form a list by the time of their last
+    // request, oldest first (kept only while a budget is set). As each
+    // request takes a new lastUse, the list's order is that of lastUse.
+    FCSegment *older;
+    FCSegment *newer;
+    // The segment's jumps (mclex.h), behind their number: jumps[0] is n,
+    // with FC_JUMPS_COMPLETE added if they are complete, and jumps[1..n]
+    // the jumps. Null if it has none.
+    uint32_t *jumps;
+};
+static_assert(sizeof(FCSegment) == 24, "a segment's record stays small: a file has thousands");
+
+// The segment records are asked of segPool one byte short: the pool gives
+// the next multiple of 8 above what is asked, so each record takes its own
+// 24 bytes and not 32.
+constexpr uint32_t kSegPiece = sizeof(FCSegment) - 1;
+static_assert(Sma_PieceSize(kSegPiece) == sizeof(FCSegment));
+
+LoadedHead *head_of(const FCSegment *seg) { return reinterpret_cast<LoadedHead *>(seg->data) - 1; }
+
 MCSegment mc_segment(const FCSegment *seg) {
     MCSegment mseg{seg->data, seg->size, {seg->key[0], seg->key[1], seg->key[2]}};
-    if (seg->jumps != nullptr) {
-        mseg.jumps = seg->jumps + 1;
-        mseg.nJumps = static_cast<int32_t>(seg->jumps[0] & ~FC_JUMPS_COMPLETE);
-        mseg.jumpsComplete = (seg->jumps[0] & FC_JUMPS_COMPLETE) != 0;
+    if (const uint32_t *jumps = head_of(seg)->jumps; jumps != nullptr) {
+        mseg.jumps = jumps + 1;
+        mseg.nJumps = static_cast<int32_t>(jumps[0] & ~FC_JUMPS_COMPLETE);
+        mseg.jumpsComplete = (jumps[0] & FC_JUMPS_COMPLETE) != 0;
     }
     return mseg;
 }
@@ -148,22 +173,35 @@ int32_t lower_bound(const LX_FCLex &fc, uint32_t packed) {
 
 // The list of segments in memory, oldest request first.
 void unlink_loaded(LX_FCLex &fc, FCSegment *seg) {
-    (seg->older ? seg->older->newer : fc.oldestLoaded) = seg->newer;
-    (seg->newer ? seg->newer->older : fc.newestLoaded) = seg->older;
-    seg->older = seg->newer = nullptr;
+    LoadedHead *h = head_of(seg);
+    (h->older ? head_of(h->older)->newer : fc.oldestLoaded) = h->newer;
+    (h->newer ? head_of(h->newer)->older : fc.newestLoaded) = h->older;
+    h->older = h->newer = nullptr;
 }
 void link_newest(LX_FCLex &fc, FCSegment *seg) {
-    seg->older = fc.newestLoaded;
-    seg->newer = nullptr;
-    (fc.newestLoaded ? fc.newestLoaded->newer : fc.oldestLoaded) = seg;
+    LoadedHead *h = head_of(seg);
+    h->older = fc.newestLoaded;
+    h->newer = nullptr;
+    (fc.newestLoaded ? head_of(fc.newestLoaded)->newer : fc.oldestLoaded) = seg;
     fc.newestLoaded = seg;
 }
 
+// Gives seg a block for its bytes, with the head in front. False if
+// there is no memory.
+bool take_data(FCSegment *seg) {
+    auto *h = static_cast<LoadedHead *>(LX_MEM_ALLOC(sizeof(LoadedHead) + seg->size));
+    if (h == nullptr) return false;
+    h->older = h->newer = nullptr;
+    h->jumps = nullptr;
+    seg->data = reinterpret_cast<uchar *>(h + 1);
+    return true;
+}
+
 void drop_data(FCSegment *seg) {
-    LX_MEM_FREE(seg->data);
-    LX_MEM_FREE(seg->jumps);
+    LoadedHead *h = head_of(seg);
+    LX_MEM_FREE(h->jumps);
+    LX_MEM_FREE(h);
     seg->data = nullptr;
-    seg->jumps = nullptr;
 }
 
 // Gives a segment just loaded its jumps, so that lookups skip most of its
@@ -182,10 +220,11 @@ void make_jumps(const LX_FCLex &fc, FCSegment *seg) {
     bool complete;
     const int32_t n = MCLex_MakeJumps(&mseg, &simple, &ext, jumps, capacity, &complete);
     if (n == 0) return;
-    seg->jumps = static_cast<uint32_t *>(LX_MEM_ALLOC(sizeof(uint32_t) * (static_cast<size_t>(n) + 1)));
-    if (seg->jumps == nullptr) return;
-    seg->jumps[0] = static_cast<uint32_t>(n) | (complete ? FC_JUMPS_COMPLETE : 0);
-    std::memcpy(seg->jumps + 1, jumps, sizeof(uint32_t) * static_cast<size_t>(n));
+    auto *table = static_cast<uint32_t *>(LX_MEM_ALLOC(sizeof(uint32_t) * (static_cast<size_t>(n) + 1)));
+    if (table == nullptr) return;
+    table[0] = static_cast<uint32_t>(n) | (complete ? FC_JUMPS_COMPLETE : 0);
+    std::memcpy(table + 1, jumps, sizeof(uint32_t) * static_cast<size_t>(n));
+    head_of(seg)->jumps = table;
 }
 
 // Skips to the file position target. False when target lies behind the
@@ -437,58 +476,58 @@ int16_t FCLex_ReadIndex(PortFile *fid, uint32_t length, LX_Lexicon *lex) {
     LX_FCLex &fc = lex->fc;
     if (length < LXC_INDEX_HEAD_SZ) return invalid(fc);
     if (length > bytes_left(fid)) return read_error(fc);
-    uchar *buffer = static_cast<uchar *>(LX_MEM_ALLOC(length));
-    if (buffer == nullptr) return out_of_memory(fc);
-    // One way out, which frees the working buffer.
-    auto done = [buffer](int16_t r) {
-        LX_MEM_FREE(buffer);
-        return r;
-    };
-    if (PORT_Read(fid, buffer, length) != length) return done(read_error(fc));
-    const uint32_t n = LXC_Get32(buffer);
+    uint32_t n;
+    if (!read32(fid, &n)) return read_error(fc);
     if (n > static_cast<uint32_t>(MAX_SEGMENTS)) {
         LX_Diag_Msg("%s: too many segments (%hu)", fc.fileName, static_cast<unsigned short>(n));
-        return done(LX_ERR_NO_MEMORY);
+        return LX_ERR_NO_MEMORY;
     }
-    if (LXC_INDEX_HEAD_SZ + static_cast<uint64_t>(LXC_INDEX_ENTRY_SZ) * n > length) return done(invalid(fc));
-    if (n == 0) return done(0);
+    if (LXC_INDEX_HEAD_SZ + static_cast<uint64_t>(LXC_INDEX_ENTRY_SZ) * n > length) return invalid(fc);
+    if (n == 0) return 0;
     fc.segIndex = static_cast<FCSegment **>(LX_MEM_ALLOC(sizeof(FCSegment *) * n));
     fc.packedKeys = static_cast<uint32_t *>(
         LX_MEM_ALLOC(sizeof(uint32_t) * (kFirstStarts + n) + sizeof(uint16_t) * hash_slots(n)));
-    if (fc.segIndex == nullptr || fc.packedKeys == nullptr) return done(out_of_memory(fc));
+    if (fc.segIndex == nullptr || fc.packedKeys == nullptr) return out_of_memory(fc);
     fc.nSegments = 0;
+    uint32_t *keys = fc.packedKeys + kFirstStarts;
+    // The entries come through a buffer on the stack, a few hundred at a
+    // time: the index is read once, and memory for all of it at once would
+    // only add to the open's peak.
+    uchar chunk[kIndexChunk * LXC_INDEX_ENTRY_SZ];
     for (uint32_t i = 0; i < n; ++i) {
-        const LXCIndexEntry entry = LXC_GetIndexEntry(buffer + LXC_INDEX_HEAD_SZ + LXC_INDEX_ENTRY_SZ * i);
+        const uint32_t inChunk = i % kIndexChunk;
+        if (inChunk == 0) {
+            const uint32_t bytes = std::min(kIndexChunk, n - i) * LXC_INDEX_ENTRY_SZ;
+            if (PORT_Read(fid, chunk, bytes) != bytes) return read_error(fc);
+        }
+        const LXCIndexEntry entry = LXC_GetIndexEntry(chunk + LXC_INDEX_ENTRY_SZ * inChunk);
         const uint32_t packed = pack_key(entry.key);
-        uint32_t *keys = fc.packedKeys + kFirstStarts;
-        if (!valid_key(entry.key) || (i > 0 && packed <= keys[i - 1])) return done(invalid(fc));
-        auto *seg = static_cast<FCSegment *>(Sma_Alloc(&fc.segPool, sizeof(FCSegment)));
-        if (seg == nullptr) return done(out_of_memory(fc));
+        if (!valid_key(entry.key) || (i > 0 && packed <= keys[i - 1])) return invalid(fc);
+        auto *seg = static_cast<FCSegment *>(Sma_Alloc(&fc.segPool, kSegPiece));
+        if (seg == nullptr) return out_of_memory(fc);
         std::memcpy(seg->key, entry.key, LXC_KEY_SZ);
         seg->offset = entry.offset;
         seg->size = entry.size;
         seg->data = nullptr;
         seg->lastUse = 0;
-        seg->older = seg->newer = nullptr;
         seg->beyondEnd = false;
-        seg->jumps = nullptr;
         fc.segIndex[i] = seg;
         keys[i] = packed;
         ++fc.nSegments;
     }
     for (uint32_t b = 0, i = 0; b < kFirstStarts; ++b) {
-        while (i < n && fc.packedKeys[kFirstStarts + i] >> 16 < b) ++i;
+        while (i < n && keys[i] >> 16 < b) ++i;
         fc.packedKeys[b] = i;
     }
     const uint32_t nSlots = hash_slots(n);
     uint16_t *slots = slots_of(fc);
     std::fill(slots, slots + nSlots, kNoSlot);
     for (uint32_t i = 0; i < n; ++i) {
-        uint32_t h = first_slot(keys_of(fc)[i], nSlots);
+        uint32_t h = first_slot(keys[i], nSlots);
         while (slots[h] != kNoSlot) h = (h + 1) & (nSlots - 1);
         slots[h] = static_cast<uint16_t>(i);
     }
-    return done(0);
+    return 0;
 }
 
 int32_t LX_FCLex_Close(LX_Lexicon *lex) {
@@ -556,8 +595,7 @@ int16_t load_from_file(LX_FCLex &fc, FCSegment *seg) {
             return LX_ERR_BAD_FORMAT;
         }
     }
-    seg->data = static_cast<uchar *>(LX_MEM_ALLOC(seg->size));
-    if (seg->data == nullptr) {
+    if (!take_data(seg)) {
         LX_Diag_Msg("loadSeg: out of memory");
         return LX_ERR_NO_MEMORY;
     }
@@ -597,6 +635,11 @@ int16_t FCLex_LoadSegment(LX_Lexicon *lex, FCSegment *seg) {
         link_newest(fc, seg);
     }
     return 0;
+}
+
+const uint32_t *FCLex_Jumps(const FCSegment *seg) {
+    LX_ASSERT(seg != NULL);
+    return seg->data != nullptr ? head_of(seg)->jumps : nullptr;
 }
 
 // ------------------------------------------------------------------ lookups

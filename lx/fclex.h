@@ -25,7 +25,11 @@ inline constexpr uint32_t FC_JUMPS_COMPLETE = 0x80000000;
 inline constexpr int32_t FC_VERDICT_WORD_MAX = 24; // longer words aren't kept
 inline constexpr uint16_t FC_VERDICT_NO_SEGMENT = 0xFFFF;
 
-// One segment. data is null while the segment isn't in memory.
+// One segment. data is null while the segment isn't in memory. A file
+// has thousands of segments, so the record holds only what every segment
+// needs, in 24 bytes: what a segment in memory needs besides (its place in
+// the list of segments in memory, its jumps) stands in the same block as
+// its bytes, just before them.
 struct FCSegment {
     uchar *data;      // the segment's bytes while in memory
     uint32_t size;    // from the index
@@ -36,15 +40,6 @@ struct FCSegment {
     // open (a file may end inside its data section): such a segment is
     // only allocated for once the file is seen to hold it.
     bool beyondEnd;
-    // The segments in memory form a list by the time of their last
-    // request, oldest first (kept only while a budget is set). As each
-    // request takes a new lastUse, the list's order is that of lastUse.
-    FCSegment *older;
-    FCSegment *newer;
-    // The segment's jumps (mclex.h) while it is in memory, behind their
-    // number: jumps[0] is n, with FC_JUMPS_COMPLETE added if they are
-    // complete, and jumps[1..n] the jumps. Null if it has none.
-    uint32_t *jumps;
 };
 
 // The verdicts of recent case-sensitive lookups, kept so that the common
@@ -87,6 +82,12 @@ int16_t FCLex_ReadIndex(PortFile *fid, uint32_t length, LX_Lexicon *lex);
 // LX_ERR_CANT_CREATE (the file can't be opened) or LX_ERR_BAD_FORMAT (the
 // segment can't be read from it).
 int16_t FCLex_LoadSegment(LX_Lexicon *lex, FCSegment *seg);
+
+// The jumps table of a segment in memory, or null if it has none:
+// jumps[0] is their number n, with FC_JUMPS_COMPLETE added if they are
+// complete, and jumps[1..n] the jumps (mclex.h). Null too for a segment
+// that isn't in memory.
+const uint32_t *FCLex_Jumps(const FCSegment *seg);
 
 // The segment of key, or null.
 FCSegment *FCLex_FindSegment(const LX_Lexicon *lex, const uchar key[LXC_KEY_SZ]);

@@ -33,7 +33,7 @@ void *Sma_Alloc(Sma *sma, uint32_t size) {
     // The next multiple of 8 above size: 0 and 7 give 8, 8 gives 16. A
     // piece is always larger than what was asked, and next stays aligned.
     if (size > SMA_MAX_BLOCK) return nullptr;
-    const uint32_t rounded = size + 8 - size % 8;
+    const uint32_t rounded = Sma_PieceSize(size);
     if (rounded > sma->left) {
         auto *node = static_cast<SmaBlock *>(LX_MEM_ALLOC(sizeof(SmaBlock)));
         if (node == nullptr) return nullptr;

@@ -25,6 +25,11 @@ int16_t Sma_Init(Sma *sma, uint32_t elemSize, uint32_t count);
 // message: the caller does, in its own words.
 void *Sma_Alloc(Sma *sma, uint32_t size);
 
+// The bytes that Sma_Alloc takes for a piece of size bytes: the next
+// multiple of 8 above size (0 and 7 give 8, 8 gives 16). A record whose
+// size is a multiple of 8 fits without waste in a piece of one byte less.
+constexpr uint32_t Sma_PieceSize(uint32_t size) { return size + 8 - size % 8; }
+
 // Gives back every block. The record can be used again at once: blockSize
 // stays.
 void Sma_Free(Sma *sma);

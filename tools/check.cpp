@@ -24,8 +24,7 @@ bool is_space(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; 
 
 // The tail of text to put before the next block: from the first blank of
 // its last kCarry bytes on.
-std::string carry_of(const std::string &text) {
-    if (text.empty()) return "";
+std::string_view carry_of(std::string_view text) {
     size_t from = text.size() > kCarry ? text.size() - kCarry : 0;
     if (from > 0) {
         while (from < text.size() && !is_space(text[from])) ++from;
@@ -101,31 +100,37 @@ bool check_stream(FILE *fp, const std::string &name, LX_Lexicon *const *lexicons
     BlockReader reader(fp);
     PositionTracker tracker;
     Position blockStart;
-    std::string block, latin1, text, carry;
+    // text is the carry and the block in the engine's encoding, converted
+    // in place behind the carry: the block itself stays in the reader.
+    std::string_view block;
+    std::string text, carry;
+    // Room for a usual block and its carry at once, so that the text
+    // isn't grown (and copied, and its old memory left behind) by a block
+    // a little longer than the one before.
+    text.reserve(kCarry + BlockReader::kBlockSize + 1);
     while (reader.next(block)) {
-        latin1.clear();
+        text.assign(carry);
+        const int32_t base = static_cast<int32_t>(text.size());
         Encoding enc = s.encoding;
         if (enc == Encoding::Utf8) {
-            const size_t bad = utf8_to_latin1(block, latin1);
+            const size_t bad = utf8_to_latin1(block, text);
             if (bad != std::string_view::npos && s.latin1Fallback) {
                 enc = Encoding::Latin1;
-                latin1 = block;
+                text.resize(static_cast<size_t>(base));
+                text.append(block);
             } else if (bad != std::string_view::npos) {
-                tracker.begin_block(latin1, block, s.encoding, blockStart);
+                tracker.begin_block(std::string_view(text).substr(static_cast<size_t>(base)), block, s.encoding,
+                                    blockStart);
                 err = name + ":" + std::to_string(tracker.end().line) +
                       ": invalid UTF-8 (use --encoding latin1 for ISO 8859-1 text)";
                 return false;
             }
         } else {
-            latin1 = block;
+            text.append(block);
         }
         // The engine's text ends at the first NUL: let one pass as a blank.
-        for (char &c : latin1) {
-            if (c == '\0') c = ' ';
-        }
-        text = carry;
-        const int32_t base = static_cast<int32_t>(text.size());
-        text += latin1;
+        std::replace(text.begin() + base, text.end(), '\0', ' ');
+        const std::string_view latin1 = std::string_view(text).substr(static_cast<size_t>(base));
         if (!list) tracker.begin_block(latin1, block, enc, blockStart);
 
         char word[LX_MAX_WORD_SZ], repl[LX_MAX_WORD_SZ];

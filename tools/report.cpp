@@ -71,7 +71,9 @@ void Reporter::report(const Finding &f) {
     const std::vector<const char *> names = result_names(f.result);
     switch (format_) {
     case Format::List:
-        std::fprintf(out_, "%s\n", f.word.c_str());
+        // The bare word: no formatting routine is brought in for it.
+        std::fwrite(f.word.data(), 1, f.word.size(), out_);
+        std::fputc('\n', out_);
         break;
     case Format::Json: {
         std::string line = "{\"file\":" + json_quote(f.file) + ",\"line\":" + std::to_string(f.pos.line) +

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <memory>
 
 namespace lxspell {
 
@@ -137,62 +138,88 @@ Position PositionTracker::at(size_t offset) {
 }
 
 bool BlockReader::fill(size_t want) {
-    char buf[16 * 1024];
-    while (!eof_ && pending_.size() < want) {
-        const size_t n = std::fread(buf, 1, sizeof buf, fp_);
-        pending_.append(buf, n);
-        if (n < sizeof buf) {
+    if (want > capacity_) {
+        // Memory that is only written by the reads: a string would clear
+        // it first, touching every page of it for a one-line input too.
+        std::unique_ptr<char[]> bigger(new char[want]);
+        if (size_ > 0) std::memcpy(bigger.get(), buf_.get(), size_);
+        buf_ = std::move(bigger);
+        capacity_ = want;
+    }
+    // No more than is wanted: the buffer stays at about one block,
+    // whatever the stream.
+    while (!eof_ && size_ < want) {
+        const size_t ask = want - size_;
+        const size_t n = std::fread(buf_.get() + size_, 1, ask, fp_);
+        size_ += n;
+        if (n < ask) {
             eof_ = true;
             failed_ = std::ferror(fp_) != 0;
         }
     }
-    return !pending_.empty();
+    return size_ > 0;
 }
 
 bool BlockReader::next(std::string &block) {
-    block.clear();
+    std::string_view view;
+    const bool more = next(view);
+    block.assign(view);
+    return more;
+}
+
+bool BlockReader::next(std::string_view &block) {
+    // What the last block left behind goes to the front.
+    if (handedOut_ > 0) {
+        size_ -= handedOut_;
+        std::memmove(buf_.get(), buf_.get() + handedOut_, size_);
+        handedOut_ = 0;
+    }
+    block = {};
     if (!fill(blockSize_)) return false;
-    size_t cut = std::string::npos;
-    if (eof_ && pending_.size() <= blockSize_) {
-        cut = pending_.size();
+    size_t cut = std::string_view::npos;
+    if (eof_ && size_ <= blockSize_) {
+        cut = size_;
     } else {
         // The last line end within the block; failing that, read on to the
         // end of the line, up to the longest line kept whole.
-        const size_t lf = pending_.rfind('\n', blockSize_ - 1);
-        if (lf != std::string::npos) {
+        const size_t lf = pending().rfind('\n', blockSize_ - 1);
+        if (lf != std::string_view::npos) {
             cut = lf + 1;
         } else {
             size_t searched = 0;
             for (;;) {
-                const size_t next = pending_.find('\n', searched);
-                if (next != std::string::npos && next < maxLine_) {
+                const size_t next = pending().find('\n', searched);
+                if (next != std::string_view::npos && next < maxLine_) {
                     cut = next + 1;
                     break;
                 }
-                searched = pending_.size();
-                if (eof_ || pending_.size() >= maxLine_) break;
-                fill(std::min(maxLine_, pending_.size() + blockSize_));
+                searched = size_;
+                // One byte beyond the limit is held too, so that a cut at
+                // the limit can see whether a character goes on there.
+                if (eof_ || size_ > maxLine_) break;
+                fill(std::min(maxLine_ + 1, std::max(size_ + blockSize_, 2 * capacity_)));
             }
-            if (cut == std::string::npos) {
-                const size_t limit = std::min(pending_.size(), maxLine_);
-                if (eof_ && pending_.size() <= maxLine_) {
-                    cut = pending_.size();
+            if (cut == std::string_view::npos) {
+                const std::string_view held = pending();
+                if (eof_ && size_ <= maxLine_) {
+                    cut = size_;
                 } else {
                     // No line end: cut behind the last blank, or else at a
-                    // character boundary.
+                    // character boundary. size_ > maxLine_ here.
+                    const size_t limit = maxLine_;
                     size_t b = limit;
-                    while (b > 0 && !is_blank(pending_[b - 1])) --b;
+                    while (b > 0 && !is_blank(held[b - 1])) --b;
                     if (b == 0) {
                         b = limit;
-                        while (b > 1 && (static_cast<unsigned char>(pending_[b]) & 0xC0) == 0x80) --b;
+                        while (b > 1 && (static_cast<unsigned char>(held[b]) & 0xC0) == 0x80) --b;
                     }
                     cut = b;
                 }
             }
         }
     }
-    block.assign(pending_, 0, cut);
-    pending_.erase(0, cut);
+    block = pending().substr(0, cut);
+    handedOut_ = cut;
     return true;
 }
 

@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <cstdio>
+#include <memory>
 #include <string>
 #include <string_view>
 
@@ -86,18 +87,26 @@ private:
 // if it has none, so memory stays bounded whatever the input.
 class BlockReader {
 public:
-    explicit BlockReader(FILE *fp, size_t blockSize = 16 * 1024, size_t maxLine = 1024 * 1024)
+    static constexpr size_t kBlockSize = 16 * 1024;
+    explicit BlockReader(FILE *fp, size_t blockSize = kBlockSize, size_t maxLine = 1024 * 1024)
         : fp_(fp), blockSize_(blockSize), maxLine_(maxLine) {}
     // The next block into `block`; false at the end of the stream. A read
     // error sets failed().
     bool next(std::string &block);
+    // The same, as a view into the reader's own buffer, valid until the
+    // next call: no copy of the block is made.
+    bool next(std::string_view &block);
     bool failed() const { return failed_; }
 
 private:
+    // Reads until size_ is want or the stream ends; false if nothing is held.
     bool fill(size_t want);
+    std::string_view pending() const { return {buf_.get(), size_}; }
     FILE *fp_;
     size_t blockSize_, maxLine_;
-    std::string pending_;
+    std::unique_ptr<char[]> buf_; // what was read and not yet handed on
+    size_t capacity_ = 0, size_ = 0;
+    size_t handedOut_ = 0; // the front of the buffer that the last block viewed
     bool eof_ = false, failed_ = false;
 };
 
