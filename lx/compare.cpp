@@ -109,6 +109,119 @@ int16_t LX_Compare_Typographic(const char *a, const char *b) {
     return static_cast<int16_t>(sum / n);
 }
 
+bool LX_TypoScan_Start(LX_TypoScan *scan, const char *a) {
+    const size_t len = std::strlen(a);
+    if (len > static_cast<size_t>(LX_TypoScan::kMaxLen)) return false;
+    scan->a = bytes(a);
+    scan->lenA = static_cast<int32_t>(len);
+    scan->steps = 0;
+    scan->offA[0] = scan->offB[0] = 0;
+    scan->sum[0] = scan->n[0] = 0;
+    return true;
+}
+
+int16_t LX_TypoScan_Score(LX_TypoScan *scan, const char *b, int32_t lenB, int32_t shared, int32_t floor) {
+    const uchar *const cls = LX_CLASS_TABLE;
+    const uchar *const fold = LX_FOLD_TABLE;
+    const uchar *const pa = scan->a;
+    const uchar *const pb = bytes(b);
+    const int32_t lenA = scan->lenA;
+    if (lenA == 0) return 0;
+
+    // The last state that b shares with the word before: every step up to
+    // it read b only below shared (a step reads its own byte and the next).
+    int32_t j = shared > 1 ? scan->steps : 0;
+    while (j > 0 && scan->offB[j - 1] + 1 >= shared) --j;
+    int32_t ia = scan->offA[j], ib = scan->offB[j], sum = scan->sum[j], n = scan->n[j];
+
+    // Whether the best that the rest of the words can bring leaves the
+    // score at floor or below (see LX_TypoScan).
+    const bool bounded = floor >= 59;
+    const int32_t limit = floor + 1;
+    auto hopeless = [&]() {
+        // Positions both words still have earn 100, the others 80.
+        const int32_t ra = lenA - ia, rb = lenB - ib;
+        const int32_t both = ra < rb ? ra : rb, all = ra < rb ? rb : ra;
+        return sum + 20 * both + 80 * all < limit * (n + all);
+    };
+    if (bounded && hopeless()) {
+        scan->steps = j;
+        return 0;
+    }
+
+    // The steps of LX_Compare_Typographic, each state kept.
+    while (ia < lenA && ib < lenB) {
+        ++n;
+        const uchar ca = pa[ia];
+        const uchar cb = pb[ib];
+        bool full = false;
+        if (ca == cb) {
+            sum += 100;
+            ++ia;
+            ++ib;
+            full = true;
+        } else {
+            const uchar fa = fold[ca];
+            const uchar fb = fold[cb];
+            if (fa == fb) {
+                const uchar clsA = cls[ca];
+                const uchar clsB = cls[cb];
+                int32_t credit = 100;
+                if (((clsA ^ clsB) & LX_CC_LOWER) != 0) credit -= 5;
+                const uchar lowA = (clsA & LX_CC_UPPER) ? static_cast<uchar>(ca + 0x20) : ca;
+                const uchar lowB = (clsB & LX_CC_UPPER) ? static_cast<uchar>(cb + 0x20) : cb;
+                if (lowA != lowB) credit -= 5;
+                sum += credit;
+                ++ia;
+                ++ib;
+                full = credit == 100;
+            } else {
+                const uchar fa1 = fold[pa[ia + 1]];
+                const uchar fb1 = fold[pb[ib + 1]];
+                if (fa1 != 0 && fb1 != 0 && fa1 == fb && fb1 == fa) {
+                    const bool va = lx_is_vowel(fa);
+                    const bool vb = lx_is_vowel(fb);
+                    sum += (va && vb) ? 160 : (va || vb) ? 120 : 150;
+                    ++n;
+                    ia += 2;
+                    ib += 2;
+                } else if (fa1 != 0 && fa1 == fb) {
+                    if (n > 1 && ia > 0 && ib > 0 && ca == pa[ia - 1] && ca == pb[ib - 1])
+                        sum += doubled_credit(lx_is_vowel(ca));
+                    else
+                        sum += 50;
+                    ++ia;
+                } else if (fb1 != 0 && fb1 == fa) {
+                    if (n > 1 && ia > 0 && ib > 0 && cb == pb[ib - 1] && cb == pa[ia - 1])
+                        sum += doubled_credit(lx_is_vowel(fb));
+                    else
+                        sum += 50;
+                    ++ib;
+                } else {
+                    if ((cls[ca] & cls[cb] & LX_CC_ALPHA) != 0 && fa != 0 && fb != 0)
+                        sum += LX_LetterMatrix[fa - 'A'][fb - 'A'];
+                    ++ia;
+                    ++ib;
+                }
+            }
+        }
+        ++j;
+        scan->offA[j] = static_cast<uint8_t>(ia);
+        scan->offB[j] = static_cast<uint8_t>(ib);
+        scan->sum[j] = sum;
+        scan->n[j] = n;
+        // A full match leaves the bound where it was.
+        if (!full && bounded && hopeless()) {
+            scan->steps = j;
+            return 0;
+        }
+    }
+    scan->steps = j;
+    if (sum <= 0) return 0;
+    const int32_t left = (lenA - ia) + (lenB - ib);
+    return static_cast<int16_t>((sum + 50 * left) / (n + left));
+}
+
 void LX_PhoneticKey(const char *word, char *key) {
     const uchar *const w = bytes(word);
     const uchar *const cls = LX_CLASS_TABLE;

@@ -52,6 +52,43 @@ inline constexpr int8_t LX_LetterMatrix[26][26] = {
 // position, 0 to 100. a empty gives 0.
 int16_t LX_Compare_Typographic(const char *a, const char *b);
 
+// LX_Compare_Typographic of one word a against many words b, as a sweep
+// over a sorted lexicon asks for it, with two savings that leave every
+// score that matters as it is:
+//  - each step of the comparison is kept, so that the next word, which
+//    mostly begins like the one before, goes on from the last step that
+//    read only bytes the two words share;
+//  - a word is given up as soon as the credit still open to it can't lift
+//    its score above floor: a matching position earns at most 100, any
+//    other at most 80, so the score is at most (sum + 100 * the positions
+//    both words still have + 80 * the positions only one has) / (the
+//    positions so far + those still to come); more positions than that
+//    bring 60 at most each (two one-sided positions where a matching one
+//    would have been), which only pulls a score of 60 or more down. So a
+//    bound below floor + 1 settles it for floor 59 or more.
+// The word a must stay readable, unchanged, while the scan is in use.
+struct LX_TypoScan {
+    static constexpr int32_t kMaxLen = LX_MAX_WORD_SZ - 1; // longest a or b
+    const uchar *a;
+    int32_t lenA;
+    int32_t steps; // steps kept of the last word compared
+    // The state before step j: offsets into a and b, sum and positions.
+    uint8_t offA[2 * kMaxLen + 2];
+    uint8_t offB[2 * kMaxLen + 2];
+    int32_t sum[2 * kMaxLen + 2];
+    int32_t n[2 * kMaxLen + 2];
+};
+
+// Starts a scan of a. Gives false if a is longer than kMaxLen: such a word
+// is compared by LX_Compare_Typographic itself.
+bool LX_TypoScan_Start(LX_TypoScan *scan, const char *a);
+
+// The score of a against b (lenB its length, at most kMaxLen), where the
+// first shared bytes of b are those of the word compared before (0 for a
+// word unrelated to it). Gives LX_Compare_Typographic(a, b) if that is
+// above floor, else some score not above floor.
+int16_t LX_TypoScan_Score(LX_TypoScan *scan, const char *b, int32_t lenB, int32_t shared, int32_t floor);
+
 // 0 unless the phonetic key of one word (compared in lower case) equals the
 // other's or is the start of it; then the typographic score of a and b.
 int16_t LX_Compare_Phonetic(const char *a, const char *b);

@@ -578,8 +578,25 @@ int32_t LX_DMTLex_FindSimilar(LX_Lexicon *lex, const char *word, int32_t /*depth
     LX_ASSERT(suggestions != NULL);
     const LX_LexEntry *all = entries(lex);
     const int32_t count = lex->dmt.words.count;
+    // The typographic comparator goes on from the steps it shares with the
+    // word it scored before, and gives up words that can't get into the set.
+    LX_TypoScan scan;
+    const bool typo = wordComparatorCb == LX_Compare_Typographic && LX_TypoScan_Start(&scan, word);
+    const char *scored = ""; // the word the scan compared last
     for (int32_t e = 0; e < count; ++e) {
         const LX_LexEntry &entry = all[e];
+        if (typo && entry.action == LX_ACT_IGNORE) {
+            int32_t shared = 0;
+            while (entry.word[shared] != '\0' && entry.word[shared] == scored[shared]) ++shared;
+            const int32_t len = shared + static_cast<int32_t>(std::strlen(entry.word + shared));
+            if (len <= LX_TypoScan::kMaxLen) {
+                const int32_t floor = SuggSet_Floor(suggestions);
+                const int16_t score = LX_TypoScan_Score(&scan, entry.word, len, shared, floor);
+                if (score > floor) SuggSet_Add(suggestions, entry.word, score);
+                scored = entry.word;
+                continue;
+            }
+        }
         switch (entry.action) {
         case LX_ACT_AUTO_CHANGE:
         case LX_ACT_AUTO_CHANGE_CASE:

@@ -724,6 +724,30 @@ int16_t LX_FCLex_FindWord(LX_Lexicon *lex, const char *word, int16_t caseSensiti
     return LX_ERR_NOT_FOUND;
 }
 
+namespace {
+
+// MCLex_Scan of seg with SuggCollect_Pattern. With case respected, a
+// pattern whose tail begins with a character (not a wildcard) can match
+// only words whose tails begin with it, and the words whose first two
+// bytes are below the pattern's neither match nor end the walk: the
+// decoding may begin at the segment's last jump below the pattern.
+void pattern_scan(const MCSegment *seg, uint16_t charSize, const MCSuffixTable *simple, const MCSuffixTable *ext,
+                  const char *pattern, SuggCollector *collector) {
+    const uchar *tail = reinterpret_cast<const uchar *>(pattern) + LXC_KEY_SZ;
+    if (collector->caseSensitive == 0 || tail[0] == '?' || tail[0] == 0 || seg->nJumps <= 0) {
+        MCLex_Scan(seg, charSize, simple, ext, pattern, SuggCollect_Pattern, collector);
+        return;
+    }
+    if (charSize != LXC_CHAR_SIZE || seg->size == 0) return;
+    const uint32_t two = static_cast<uint32_t>(tail[0]) << 8 | (tail[1] != '?' ? tail[1] : 0);
+    MCDecoder dec;
+    MCLex_DecodeStartAt(&dec, seg, simple, ext, two);
+    while (MCLex_DecodeNext(&dec) == 1)
+        if (SuggCollect_Pattern(pattern, dec.curWord, collector) <= 0) return;
+}
+
+} // namespace
+
 int32_t LX_FCLex_FindPattern(LX_Lexicon *lex, const char *pattern, int16_t caseSensitive, SuggSet *matches) {
     check_open(lex);
     LX_ASSERT(pattern != NULL);
@@ -749,8 +773,54 @@ int32_t LX_FCLex_FindPattern(LX_Lexicon *lex, const char *pattern, int16_t caseS
         const int16_t r = FCLex_LoadSegment(lex, seg);
         if (r < 0) return r;
         const MCSegment mseg = mc_segment(seg);
-        MCLex_Scan(&mseg, fc.charSize, &simple, &ext, pattern, SuggCollect_Pattern, &collector);
+        pattern_scan(&mseg, fc.charSize, &simple, &ext, pattern, &collector);
         return 0;
+    }
+
+    // A pattern of three characters or more with one wildcard among the
+    // first three, and a set with room: only the keys that fit can add to
+    // the set, and they stand in ranges of the sorted keys. The walk below
+    // would pass the others without a change and, with case respected,
+    // end behind the last range; keys with a '?' of their own, which could
+    // end it sooner, send the search that way.
+    const int32_t nWild = (key[0] == '?') + (key[1] == '?') + (key[2] == '?');
+    if (key[2] != 0 && nWild == 1 && matches->count < matches->capacity) {
+        auto packed = [](uint32_t a, uint32_t b, uint32_t c) { return a << 16 | b << 8 | c; };
+        auto any_keys = [&](uint32_t from, uint32_t to) { return lower_bound(fc, from) < lower_bound(fc, to); };
+        int32_t visit[2 * 256]; // ranges of segIndex, in order
+        int32_t nRanges = 0;
+        bool walk = false;
+        if (key[0] == '?') {
+            walk = any_keys(packed('?', 0, 0), packed('?' + 1, 0, 0));
+            for (uint32_t c = 1; c < 256 && !walk; ++c) {
+                visit[nRanges++] = lower_bound(fc, packed(c, key[1], key[2]));
+                visit[nRanges++] = lower_bound(fc, packed(c, key[1], key[2]) + 1);
+            }
+        } else if (key[1] == '?') {
+            walk = any_keys(packed(key[0], '?', 0), packed(key[0], '?' + 1, 0));
+            visit[nRanges++] = lower_bound(fc, packed(key[0], 0, 0));
+            visit[nRanges++] = lower_bound(fc, packed(key[0] + 1, 0, 0));
+        } else {
+            visit[nRanges++] = lower_bound(fc, packed(key[0], key[1], 0));
+            visit[nRanges++] = lower_bound(fc, packed(key[0], key[1] + 1, 0));
+        }
+        if (!walk) {
+            for (int32_t k = 0; k < nRanges; k += 2) {
+                for (int32_t s = visit[k]; s < visit[k + 1]; ++s) {
+                    FCSegment *seg = fc.segIndex[s];
+                    if (seg->key[2] == 0) continue; // a word of its own, shorter than the pattern
+                    uint32_t i = 0;
+                    while (i < LXC_KEY_SZ && (p[i] == seg->key[i] || p[i] == '?')) ++i;
+                    if (i < LXC_KEY_SZ) continue;
+                    const int16_t r = FCLex_LoadSegment(lex, seg);
+                    if (r < 0) return r;
+                    const MCSegment mseg = mc_segment(seg);
+                    pattern_scan(&mseg, fc.charSize, &simple, &ext, pattern, &collector);
+                    if (matches->count >= matches->capacity) return 0;
+                }
+            }
+            return 0;
+        }
     }
 
     for (int32_t s = 0; s < fc.nSegments; ++s) {
@@ -768,7 +838,7 @@ int32_t LX_FCLex_FindPattern(LX_Lexicon *lex, const char *pattern, int16_t caseS
             const int16_t r = FCLex_LoadSegment(lex, seg);
             if (r < 0) return r;
             const MCSegment mseg = mc_segment(seg);
-            MCLex_Scan(&mseg, fc.charSize, &simple, &ext, pattern, SuggCollect_Pattern, &collector);
+            pattern_scan(&mseg, fc.charSize, &simple, &ext, pattern, &collector);
         } else if (caseSensitive != 0) {
             // Keys ascend: past the pattern at a place without a wildcard,
             // no later key can fit.
@@ -781,6 +851,67 @@ int32_t LX_FCLex_FindPattern(LX_Lexicon *lex, const char *pattern, int16_t caseS
     return 0;
 }
 
+namespace {
+
+// What MCLex_Scan with SuggCollect_Similar and the typographic comparator
+// does to set, in less time: the words of a segment share their beginnings
+// with the words before them, and once the set is full most of them can't
+// beat its last entry, which the scan finds out early (see LX_TypoScan).
+void typo_scan(const MCSegment *seg, uint16_t charSize, const MCSuffixTable *simple, const MCSuffixTable *ext,
+               LX_TypoScan *scan, SuggSet *set) {
+    if (charSize != LXC_CHAR_SIZE || seg->size == 0) return;
+    // A key with a zero inside (only a damaged file has one) ends its words.
+    constexpr int32_t kKey = LXC_KEY_SZ;
+    const int32_t keyLen = seg->key[0] == 0 ? 0 : seg->key[1] == 0 ? 1 : seg->key[2] == 0 ? 2 : kKey;
+    MCDecoder dec;
+    MCLex_DecodeStart(&dec, seg, simple, ext);
+    // The first word shares nothing with the scan's last word; the others
+    // share the key and the bytes their records keep.
+    for (bool first = true; MCLex_DecodeNext(&dec) == 1; first = false) {
+        const int32_t len = keyLen < kKey ? keyLen : kKey + dec.tailLen;
+        int32_t shared = first ? 0 : kKey + dec.shared;
+        if (shared > len) shared = len;
+        const int32_t floor = SuggSet_Floor(set);
+        const int16_t score = LX_TypoScan_Score(scan, dec.curWord, len, shared, floor);
+        if (score > floor) SuggSet_Add(set, dec.curWord, score);
+    }
+}
+
+// The typographic score of a word's first three characters against a
+// key, as far as a sweep needs it: whether it reaches the depth's limit.
+// A key none of whose characters has the base letter of one of the head's
+// (or, for characters without one, is such a character when the head has
+// one too) can only earn a substitution at each position, or 50 for one
+// left over: no more than the best cell of the head's rows in the letter
+// matrix, or 50. Where that is below the limit, the key is out without
+// being compared.
+class KeyFilter {
+  public:
+    KeyFilter(const char *head, int32_t limit) {
+        int32_t best = 50;
+        for (const uchar *h = reinterpret_cast<const uchar *>(head); *h != 0; ++h) {
+            const uchar f = lx_fold(*h);
+            headBases_ |= bit(f);
+            if (f != 0)
+                for (int32_t y = 0; y < 26; ++y)
+                    if (y != f - 'A' && LX_LetterMatrix[f - 'A'][y] > best) best = LX_LetterMatrix[f - 'A'][y];
+        }
+        active_ = best < limit;
+    }
+    // True if the key's score can't reach the limit.
+    bool rules_out(const uchar key[LXC_KEY_SZ]) const {
+        return active_ && ((bit(lx_fold(key[0])) | bit(lx_fold(key[1])) | bit(lx_fold(key[2]))) & headBases_) == 0;
+    }
+
+  private:
+    // A base letter as a bit; bit 26 for characters without one.
+    static uint32_t bit(uchar base) { return base != 0 ? 1u << (base - 'A') : 1u << 26; }
+    uint32_t headBases_ = 0;
+    bool active_ = false;
+};
+
+} // namespace
+
 int32_t LX_FCLex_FindSimilar(LX_Lexicon *lex, const char *word, int32_t depth,
                              LX_WordComparatorCb wordComparatorCb, SuggSet *suggestions) {
     check_open(lex);
@@ -792,11 +923,25 @@ int32_t LX_FCLex_FindSimilar(LX_Lexicon *lex, const char *word, int32_t depth,
     SuggCollector collector{suggestions, 0, wordComparatorCb};
     char head[LXC_KEY_SZ + 1], keyText[LXC_KEY_SZ + 1];
     LX_Str_Copy(head, sizeof head, word);
+    // The typographic comparator has a sweep of its own (see typo_scan),
+    // and a quick test that passes over most keys (see KeyFilter).
+    LX_TypoScan scan;
+    const bool typo = wordComparatorCb == LX_Compare_Typographic && LX_TypoScan_Start(&scan, word);
+    // The phonetic score is 0 or the typographic one: the test holds for it.
+    const bool filtered = wordComparatorCb == LX_Compare_Typographic || wordComparatorCb == LX_Compare_Phonetic;
+    const KeyFilter keys(head, filtered ? 100 - depth : INT32_MIN);
     for (int32_t s = 0; s < fc.nSegments; ++s) {
         FCSegment *seg = fc.segIndex[s];
+        if (seg->key[2] != 0 && keys.rules_out(seg->key)) continue;
         key_text(seg, keyText);
         if (seg->key[2] == 0) {
-            SuggCollect_Similar(word, keyText, &collector);
+            if (typo) {
+                const int32_t floor = SuggSet_Floor(suggestions);
+                const int16_t score = LX_TypoScan_Score(&scan, keyText, LX_Str_Len(keyText), 0, floor);
+                if (score > floor) SuggSet_Add(suggestions, keyText, score);
+            } else {
+                SuggCollect_Similar(word, keyText, &collector);
+            }
             continue;
         }
         // The segment's words begin with its key: a key far from the
@@ -805,6 +950,10 @@ int32_t LX_FCLex_FindSimilar(LX_Lexicon *lex, const char *word, int32_t depth,
         const int16_t r = FCLex_LoadSegment(lex, seg);
         if (r < 0) return r;
         const MCSegment mseg = mc_segment(seg);
+        if (typo) {
+            typo_scan(&mseg, fc.charSize, &simple, &ext, &scan, suggestions);
+            continue;
+        }
         MCLex_Scan(&mseg, fc.charSize, &simple, &ext, word, SuggCollect_Similar, &collector);
     }
     return 0;

@@ -201,6 +201,22 @@ void MCLex_DecodeStart(MCDecoder *dec, const MCSegment *seg, const MCSuffixTable
     dec->curWord[kTailStart] = '\0';
 }
 
+void MCLex_DecodeStartAt(MCDecoder *dec, const MCSegment *seg, const MCSuffixTable *simpleSuffixes,
+                         const MCSuffixTable *extSuffixes, uint32_t two) {
+    MCLex_DecodeStart(dec, seg, simpleSuffixes, extSuffixes);
+    const uint32_t *const jumps = seg->jumps, *const last = jumps + seg->nJumps;
+    if (seg->nJumps <= 0) return;
+    const uint32_t *after = std::upper_bound(jumps, last, two << 16 | 0xFFFF);
+    if (after == jumps) return;
+    // A jump's record keeps at most the first byte of the tail before it,
+    // which is the jump's own first byte.
+    const uint32_t jump = after[-1];
+    dec->pos = seg->data + (jump & 0xFFFF);
+    dec->tailLen = *dec->pos;
+    dec->curWord[kTailStart] = static_cast<char>(jump >> 24);
+    dec->curWord[kTailStart + dec->tailLen] = '\0';
+}
+
 int16_t MCLex_DecodeNext(MCDecoder *dec) {
     const uchar *p = dec->pos;
     const uchar *const end = dec->end;

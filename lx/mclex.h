@@ -58,6 +58,13 @@ struct MCDecoder {
 void MCLex_DecodeStart(MCDecoder *dec, const MCSegment *seg, const MCSuffixTable *simpleSuffixes,
                        const MCSuffixTable *extSuffixes);
 
+// As MCLex_DecodeStart, but from the last of seg's jumps whose two bytes
+// aren't above two (the first record if there is none): the pass meets
+// the same words from there on as a pass from the first record, and
+// every word it leaves out has its two bytes below two.
+void MCLex_DecodeStartAt(MCDecoder *dec, const MCSegment *seg, const MCSuffixTable *simpleSuffixes,
+                         const MCSuffixTable *extSuffixes, uint32_t two);
+
 // Decodes the next record into curWord. Gives 1 for a word, 0 at the end of
 // the segment, and LX_ERR_BAD_FORMAT for a record that can't be honoured: a
 // shared count beyond the previous tail, a tail beyond 77 bytes, a code or

@@ -13,6 +13,16 @@
 // Texts longer than 80 characters are stored, and compared, cut to 80.
 void SuggSet_Add(SuggSet *set, const char *word, int16_t score);
 
+// The score a newcomer must beat to change the set: that of the last
+// entry of a full set, else 0 (SuggSet_Add is offered only scores above
+// 0). No score beats that of a set of capacity 0.
+inline int32_t SuggSet_Floor(const SuggSet *set) {
+    if (set->capacity <= 0) return INT16_MAX;
+    if (set->count < set->capacity) return 0;
+    const int32_t last = set->entries[set->capacity - 1].score;
+    return last > 0 ? last : 0;
+}
+
 // Takes out the first entry holding word (compared as SuggSet_Add stores
 // it) and closes the gap. Nothing happens if there is none.
 void SuggSet_Remove(SuggSet *set, const char *word);

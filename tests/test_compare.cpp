@@ -2,6 +2,9 @@
 #include "compare.h"
 #include "lxtest.h"
 
+#include <algorithm>
+#include <random>
+
 static int cell(char row, char col) { return LX_LetterMatrix[row - 'A'][col - 'A']; }
 
 static std::string key_of(const char *word) {
@@ -126,4 +129,49 @@ TEST(MatchPattern, CaseAndNoCase) {
         EXPECT_EQ(c.exact, LX_Match_Pattern(c.pattern, c.word)) << c.pattern << " / " << c.word;
         EXPECT_EQ(c.noCase, LX_Match_PatternNoCase(c.pattern, c.word)) << c.pattern << " / " << c.word;
     }
+}
+
+// A sweep's scan must give the comparator's own score whenever that is
+// above the floor, whatever it kept of the word before, and never more
+// than the floor otherwise. Words in sorted order, each sharing the bytes
+// it has in common with the one before, as a sweep offers them; the same
+// words again with nothing shared; and a few random byte strings.
+TEST(TypoScan, SameScoresAsTheComparatorAboveTheFloor) {
+    static const char *const kTyped[] = {"accomdate", "teh", "recieve", "abandonned", "a", "Zebra", "leter",
+                                         "thecat", "aab", "12a", "", "mmmm"};
+    std::vector<std::string> words = {"a", "aa", "aab", "ab", "abandon", "abandoned", "abandoning", "accommodate",
+                                      "accommodated", "accommodates", "bat", "book", "bok", "cat", "cats", "cot",
+                                      "letter", "letters", "nnnn", "receive", "received", "the", "the cat", "thee",
+                                      "zebra", "Zebra", "zebras", "12a", "13a", "\xE9t\xE9", "mmmm", "mmmmm"};
+    std::mt19937 rng(7);
+    for (int i = 0; i < 200; ++i) {
+        std::string w;
+        const int len = 1 + static_cast<int>(rng() % 12);
+        for (int k = 0; k < len; ++k) w += static_cast<char>("aabcdeilmnoprstAE' -\xE0\xE9"[rng() % 22]);
+        words.push_back(w);
+    }
+    std::sort(words.begin(), words.end());
+    for (const char *typed : kTyped) {
+        for (int floor : {0, 40, 58, 59, 60, 75, 80, 90, 99, 100}) {
+            LX_TypoScan scan;
+            ASSERT_TRUE(LX_TypoScan_Start(&scan, typed));
+            for (int pass = 0; pass < 2; ++pass) {
+                const std::string *before = nullptr;
+                for (const std::string &w : words) {
+                    int shared = 0;
+                    if (pass == 0 && before != nullptr)
+                        while (w[shared] != '\0' && w[shared] == (*before)[shared]) ++shared;
+                    const int got = LX_TypoScan_Score(&scan, w.c_str(), static_cast<int>(w.size()), shared, floor);
+                    const int want = LX_Compare_Typographic(typed, w.c_str());
+                    if (want > floor)
+                        EXPECT_EQ(want, got) << typed << " / " << w << " floor " << floor;
+                    else
+                        EXPECT_LE(got, floor) << typed << " / " << w << " floor " << floor;
+                    before = &w;
+                }
+            }
+        }
+    }
+    LX_TypoScan scan;
+    EXPECT_FALSE(LX_TypoScan_Start(&scan, std::string(LX_MAX_WORD_SZ, 'a').c_str()));
 }

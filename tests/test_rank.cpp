@@ -65,11 +65,22 @@ TEST(LxspellRank, Order) {
     }
 }
 
-TEST(LxspellRank, HasClose) {
-    EXPECT_TRUE(has_close("teh", {{"tech", 86}}));
-    EXPECT_TRUE(has_close("teh", {{"then", 50}, {"the", 10}}));
-    EXPECT_FALSE(has_close("emporer", {{"emperors", 80}, {"temporary", 70}}));
-    EXPECT_FALSE(has_close("emporer", {}));
+TEST(LxspellRank, HasSlip) {
+    const struct {
+        const char *typed;
+        std::vector<RawSuggestion> candidates;
+        bool slip;
+    } cases[] = {
+        {"teh", {{"tech", 86}, {"the", 10}}, true},      // a swap, wherever it stands
+        {"abandonned", {{"abandoned", 98}}, true},      // a double undone
+        {"definate", {{"definite", 88}}, true},         // a vowel for a vowel
+        {"agin", {{"again", 90}}, true},                // a vowel left out
+        {"teh", {{"tech", 86}, {"eh", 83}}, false},     // plain single edits only
+        {"adres", {{"ares", 90}, {"acres", 86}}, false}, // so "address" is looked for deeper
+        {"emporer", {{"emperors", 80}, {"temporary", 70}}, false},
+        {"emporer", {}, false},
+    };
+    for (const auto &c : cases) EXPECT_EQ(has_slip(c.typed, c.candidates), c.slip) << c.typed;
 }
 
 } // namespace

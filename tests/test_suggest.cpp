@@ -1,8 +1,12 @@
 // Suggestions: the memory lexicon's pattern and comparator searches, and
 // the stages of LX_Suggest with their gates, case and possessive repair,
 // and removal of look-alikes.
+#include <fstream>
+#include <random>
+
 #include "compare.h"
 #include "dmtlex.h"
+#include "filetest.h"
 #include "lexicon.h"
 #include "lxtest.h"
 
@@ -110,4 +114,100 @@ TEST(Suggest, EarlierEntriesTakeCaseAndLookAlikesGo) {
     EXPECT_EQ("the:80", suggest("hte", 100, list, LX_OPT_CHECK_SPELLING, &u));
     // Words excluded by an earlier lexicon go.
     EXPECT_EQ("cot:80", suggest("cit", 100, LexList{&user.lex, &main.lex}, CS | TYPO));
+}
+
+// The searches with the typographic comparator skip what can't change the
+// set; a comparator that merely calls it takes the plain way through the
+// same words. Both ways, and the compressed and the memory lexicon of the
+// same words, must leave the same set behind: the same words, scores and
+// order, whether the set fills up or not.
+namespace {
+
+int16_t plain_typographic(const char *a, const char *b) { return LX_Compare_Typographic(a, b); }
+int16_t plain_phonetic(const char *a, const char *b) { return LX_Compare_Phonetic(a, b); }
+
+std::vector<std::string> some_bundled_words() {
+    std::ifstream in(std::string(LX_DATA_DIR) + "/en_US.txt", std::ios::binary);
+    std::vector<std::string> out;
+    size_t n = 0;
+    for (std::string line; std::getline(in, line); ++n) {
+        if (!line.empty() && line.back() == '\r') line.pop_back();
+        if (!line.empty() && n % 6 == 0) out.push_back(line);
+    }
+    return out;
+}
+
+} // namespace
+
+TEST(SuggestSearches, QuickWaysGiveThePlainResults) {
+    const std::vector<std::string> words = some_bundled_words();
+    TempDir dir;
+    const std::string list = dir.path + "/words.txt", file = dir.path + "/words.lxc";
+    {
+        std::ofstream out(list, std::ios::binary);
+        for (const std::string &w : words) out << w << "\r\n";
+    }
+    uint32_t errLine = 0;
+    ASSERT_EQ(0, LX_Compress_Lex(list.c_str(), file.c_str(), &errLine)) << LX_Compress_GetLastMsg();
+    LX_Lexicon fc{};
+    fc.kind = LEX_FC;
+    ASSERT_EQ(0, LX_FCLex_Open(&fc, file.c_str(), 0)) << LX_Diag_GetLastMsg();
+    MemLex mem;
+    for (const std::string &w : words) mem.add(w.c_str());
+    LexList fcList{&fc}, memList{&mem.lex};
+
+    // Misspellings: one or two letters swapped, dropped, added or changed.
+    std::mt19937 rng(11);
+    std::vector<std::string> typed = {"a", "xq", "Teh", "accomdate", "addional", "ABANDONNED", "ocur"};
+    for (int i = 0; i < 40; ++i) {
+        std::string w = words[rng() % words.size()];
+        for (int edits = 1 + static_cast<int>(rng() % 2); edits > 0 && w.size() > 1; --edits) {
+            const size_t at = rng() % w.size();
+            switch (rng() % 4) {
+            case 0: if (at + 1 < w.size()) std::swap(w[at], w[at + 1]); break;
+            case 1: w.erase(at, 1); break;
+            case 2: w.insert(at, 1, "aeinrst"[rng() % 7]); break;
+            default: w[at] = "aeiouxz"[rng() % 7]; break;
+            }
+        }
+        typed.push_back(w);
+    }
+    const uint32_t options = CS | TYPO | LX_OPT_SUGGEST_PHONETIC | LX_OPT_STRIP_POSSESSIVE;
+    size_t differ = 0;
+    for (const std::string &w : typed) {
+        for (int32_t capacity : {3, 20}) {
+            for (int32_t depth : {30, 40, 70}) {
+                for (LX_Lexicon *lex : {&fc, &mem.lex}) {
+                    Set quick(capacity), plain(capacity), quickPh(capacity), plainPh(capacity);
+                    LX_Lexicon_FindSimilar(lex, w.c_str(), depth, LX_Compare_Typographic, &quick.set);
+                    LX_Lexicon_FindSimilar(lex, w.c_str(), depth, plain_typographic, &plain.set);
+                    if (depth == 40) { // the phonetic comparator is dearer
+                        LX_Lexicon_FindSimilar(lex, w.c_str(), depth, LX_Compare_Phonetic, &quickPh.set);
+                        LX_Lexicon_FindSimilar(lex, w.c_str(), depth, plain_phonetic, &plainPh.set);
+                    }
+                    if ((quick.str() != plain.str() || quickPh.str() != plainPh.str()) && ++differ <= 5)
+                        ADD_FAILURE() << w << " depth " << depth << " capacity " << capacity << "\n"
+                                      << quick.str() << "\n" << plain.str() << "\n"
+                                      << quickPh.str() << "\n" << plainPh.str();
+                }
+            }
+            // Pattern searches that fill the set or not, with a wildcard
+            // in every place, through the keys or inside them.
+            for (size_t at = 0; at <= w.size(); ++at) {
+                for (const std::string &pattern : {w.substr(0, at) + "?" + w.substr(at),
+                                                   at < w.size() ? w.substr(0, at) + "?" + w.substr(at + 1) : w}) {
+                    Set fromFc(capacity * 10), fromMem(capacity * 10);
+                    LX_Lexicon_FindPattern(&fc, pattern.c_str(), 1, &fromFc.set);
+                    LX_Lexicon_FindPattern(&mem.lex, pattern.c_str(), 1, &fromMem.set);
+                    if (fromFc.str() != fromMem.str() && ++differ <= 5)
+                        ADD_FAILURE() << pattern << "\n" << fromFc.str() << "\n" << fromMem.str();
+                }
+            }
+            Set fromFc(capacity), fromMem(capacity);
+            EXPECT_EQ(suggest(w.c_str(), 100, fcList, options, &fromFc), suggest(w.c_str(), 100, memList, options, &fromMem))
+                << w << " capacity " << capacity;
+        }
+    }
+    EXPECT_EQ(0u, differ);
+    LX_Lexicon_Close(&fc);
 }

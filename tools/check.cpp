@@ -46,17 +46,19 @@ std::vector<RawSuggestion> engine_suggestions(const char *word, int32_t depth, i
 
 // Candidates taken from each search, and the depth of the second search,
 // made when the depth asked for is from kShallowest up to kDeep. A depth-40
-// search costs about three times one at 30; at 100 every segment of a
-// compressed lexicon is decoded, a hundred times slower.
+// search compares the word with the words of every segment whose key is
+// near its beginning, several times the cost of one at 30; at 100
+// every segment of a compressed lexicon is decoded.
 constexpr int32_t kGather = 20, kShallowest = 30, kDeep = 40;
 
 // lxspell's own ranking: more candidates than are shown, from the depth
-// asked for and, when none of them is a single slip away, from a deeper
-// search too (not below depth 30: a shallow depth asks for speed); then
-// ordered by rank_candidates.
+// asked for and, unless one of them is a common slip away (a swap, a
+// doubled letter, a vowel), from a deeper search too, which finds words
+// two edits away (not below depth 30: a shallow depth asks for speed);
+// then ordered by rank_candidates.
 std::vector<RawSuggestion> gather(const char *word, LX_Lexicon *const *lexicons, const Settings &s) {
     std::vector<RawSuggestion> found = engine_suggestions(word, s.depth, kGather, lexicons, s.options);
-    if (s.depth >= kShallowest && s.depth < kDeep && !has_close(word, found)) {
+    if (s.depth >= kShallowest && s.depth < kDeep && !has_slip(word, found)) {
         for (RawSuggestion &c : engine_suggestions(word, kDeep, kGather, lexicons, s.options)) {
             const bool seen = std::any_of(found.begin(), found.end(),
                                           [&](const RawSuggestion &f) { return f.word == c.word; });

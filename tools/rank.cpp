@@ -65,15 +65,19 @@ int edit_cost(std::string_view a, std::string_view b) {
     const size_t w = n + 1;
     std::vector<int> d((m + 1) * w);
     auto at = [&](size_t i, size_t j) -> int & { return d[i * w + j]; };
-    for (size_t j = 1; j <= n; ++j) at(0, j) = at(0, j - 1) + indel(b, j - 1);
+    // The cost of putting in or leaving out each character, once.
+    std::vector<int> indelB(n);
+    for (size_t j = 0; j < n; ++j) indelB[j] = indel(b, j);
+    for (size_t j = 1; j <= n; ++j) at(0, j) = at(0, j - 1) + indelB[j - 1];
     for (size_t i = 1; i <= m; ++i) {
-        at(i, 0) = at(i - 1, 0) + indel(a, i - 1);
+        const int indelA = indel(a, i - 1);
+        at(i, 0) = at(i - 1, 0) + indelA;
         const unsigned char ca = static_cast<unsigned char>(a[i - 1]);
         for (size_t j = 1; j <= n; ++j) {
             const unsigned char cb = static_cast<unsigned char>(b[j - 1]);
             int best = at(i - 1, j - 1) + substitution(ca, cb);
-            best = std::min(best, at(i - 1, j) + indel(a, i - 1));
-            best = std::min(best, at(i, j - 1) + indel(b, j - 1));
+            best = std::min(best, at(i - 1, j) + indelA);
+            best = std::min(best, at(i, j - 1) + indelB[j - 1]);
             if (i > 1 && j > 1 && lower(ca) == lower(static_cast<unsigned char>(b[j - 2])) &&
                 lower(static_cast<unsigned char>(a[i - 2])) == lower(cb) && lower(ca) != lower(cb))
                 best = std::min(best, at(i - 2, j - 2) + kSwap);
@@ -111,9 +115,9 @@ void rank_candidates(std::string_view typed, std::vector<RawSuggestion> &candida
     candidates = std::move(out);
 }
 
-bool has_close(std::string_view typed, const std::vector<RawSuggestion> &candidates) {
+bool has_slip(std::string_view typed, const std::vector<RawSuggestion> &candidates) {
     for (const RawSuggestion &c : candidates) {
-        if (edit_cost(typed, c.word) <= kEditCost) return true;
+        if (edit_cost(typed, c.word) < kEditCost) return true;
     }
     return false;
 }

@@ -39,9 +39,13 @@ int rank_cost(std::string_view typed, std::string_view candidate);
 // them.
 void rank_candidates(std::string_view typed, std::vector<RawSuggestion> &candidates);
 
-// True when some candidate is a single edit (or a cheaper slip) from typed:
-// then a deeper search isn't worth its time.
-bool has_close(std::string_view typed, const std::vector<RawSuggestion> &candidates);
+// True when some candidate is one of the common slips from typed, cheaper
+// than a plain edit: two neighbours swapped, a letter doubled or a double
+// undone, a vowel for a vowel, a vowel put in or left out. Then the
+// correction is nearly always among the candidates, and a deeper search
+// isn't worth its time; a plain single edit leaves room for a correction
+// two edits away.
+bool has_slip(std::string_view typed, const std::vector<RawSuggestion> &candidates);
 
 } // namespace lxspell
 
