@@ -21,17 +21,6 @@
 
 namespace {
 
-std::string crlf(const std::vector<std::string> &lines) {
-    std::string out;
-    for (const auto &l : lines) out += l + "\r\n";
-    return out;
-}
-
-std::string last_msg() {
-    const char *m = LX_Diag_GetLastMsg();
-    return m ? m : "";
-}
-
 // A session that closes itself.
 struct Session {
     int16_t id = FENRO_OpenSession();
@@ -381,27 +370,4 @@ TEST_F(Compress, OutOfMemoryAtEveryAllocation) {
     EXPECT_EQ(1u, messages.count("FENRO_CompressLexInit: FENRO_CompressLexInit: out of memory"));
     EXPECT_EQ(1u, messages.count("FENRO_CompressLexFile: addSegment: out of memory"));
     EXPECT_EQ(1u, messages.count("Suffix: out of memory\n"));
-}
-
-TEST_F(Compress, EnglishWordListComesBackWhole) {
-    const std::string path = std::string(LX_DATA_DIR) + "/en_US.txt";
-    std::vector<std::string> words;
-    {
-        std::istringstream in(read_bytes(path));
-        for (std::string l; std::getline(in, l);) words.push_back(l.substr(0, l.size() - 1)); // CR LF
-    }
-    ASSERT_EQ(104334u, words.size());
-    std::sort(words.begin(), words.end());
-    uint32_t line = 0;
-    ASSERT_EQ(0, LX_Compress_Lex(path.c_str(), (dir / "en.lxc").c_str(), &line));
-    EXPECT_EQ(30u, line);
-    LxcFile f;
-    const std::string bytes = read_bytes(dir / "en.lxc");
-    ASSERT_EQ("", LxcFile_Read(bytes, f));
-    EXPECT_EQ(999, f.lang);
-    EXPECT_EQ(words, f.words);
-    EXPECT_EQ(30u, f.simple.size());
-    EXPECT_GT(f.ext.size(), 100u);
-    EXPECT_LT(bytes.size(), read_bytes(path).size() / 3);
-    EXPECT_EQ(std::vector<std::string>{}, temp_files());
 }

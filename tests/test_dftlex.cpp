@@ -48,11 +48,6 @@ struct DiskLex {
     }
 };
 
-std::string last_msg() {
-    const char *m = LX_Diag_GetLastMsg();
-    return m ? m : "";
-}
-
 } // namespace
 
 TEST(DftLex, CreateWritesTheHeaderAndRefusesWhatExists) {

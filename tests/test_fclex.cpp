@@ -10,6 +10,7 @@
 #include "fclexfile.h"
 #include "filetest.h"
 #include "lexicon.h"
+#include "lxcexample.h"
 #include "lxtest.h"
 #include "platform.h"
 
@@ -21,15 +22,8 @@ const std::vector<std::string> kExampleWords = {"at", "walk", "walked", "walking
 const std::vector<std::string> kExampleSimple = {"ed", "ing", "s"}, kExampleExt = {"l"};
 
 Bytes hex_bytes(const char *text) {
-    Bytes out;
-    for (const char *p = text; *p;) {
-        char *end;
-        const unsigned long v = std::strtoul(p, &end, 16);
-        if (end == p) break;
-        out.push_back(static_cast<uchar>(v));
-        p = end;
-    }
-    return out;
+    const std::string raw = unhex(text);
+    return Bytes(raw.begin(), raw.end());
 }
 
 // A compressed lexicon over a file of its own, closed at the end.
@@ -65,38 +59,14 @@ struct FcLex {
     }
 };
 
-// The bundled word list: one word a line, CR LF.
-std::vector<std::string> read_word_list_for_tests() {
-    std::vector<std::string> words;
-    std::string text = read_bytes(LX_DATA_DIR "/en_US.txt"), line;
-    for (char c : text) {
-        if (c == '\n') {
-            if (!line.empty()) words.push_back(line);
-            line.clear();
-        } else if (c != '\r') {
-            line += c;
-        }
-    }
-    return words;
-}
-
-std::string last_msg() {
-    const char *m = LX_Diag_GetLastMsg();
-    return m ? m : "";
-}
-
 } // namespace
 
 // ------------------------------------------------------------------- open
 
 TEST(FcLex, WorkedExampleIsBuiltAndRead) {
     const Bytes file = standard_file(kExampleWords, kExampleSimple, kExampleExt);
-    EXPECT_EQ(hex_bytes("57 00 05 01 00 00 00 01 00 00 00 04 00 00 03 E7 00 00 00 02 00 00 00 04 00 00 00 01 "
-                        "00 00 00 03 00 00 00 13 00 00 00 09 65 64 00 69 6E 67 00 73 00 00 00 00 02 6C 00 "
-                        "00 00 00 05 00 00 00 0E 00 00 00 6B 00 01 02 01 03 01 04 00 01 00 "
-                        "00 00 00 04 00 00 00 1A 00 00 00 02 61 74 00 00 00 00 00 00 00 00 02 "
-                        "77 61 6C 00 00 00 02 00 00 00 0C"),
-              file);
+    EXPECT_EQ(hex_bytes(kLxcExampleFile), file);
+    EXPECT_EQ(file.size(), LXC_FileSize(9, 2, 14, 2));
     FcLex f(file);
     ASSERT_EQ(0, f.open());
     EXPECT_EQ(2, f.fc().nSegments);
@@ -502,57 +472,6 @@ TEST(FcLex, WordsOfABaseForm) {
     EXPECT_EQ(0, LX_Lexicon_ForEachBaseForm(&f.lex, "\xc9", collect, &held));
     std::sort(held.begin(), held.end());
     EXPECT_EQ((std::vector<std::string>{"e", "\xe9"}), held);
-}
-
-// ---------------------------------------------------- the engine over it
-
-namespace {
-const std::vector<std::string> kSimple = {"'s", "s", "ed", "ing", "es", "ly", "er", "ers", "ion", "ions"};
-const std::vector<std::string> kExt = {"e", "d", "n", "t", "ate", "ated", "ness", "ful"};
-} // namespace
-
-TEST(FcLex, BundledWordListIsFoundWithinASmallBudget) {
-    const std::vector<std::string> words = read_word_list_for_tests();
-    ASSERT_GT(words.size(), 100000u);
-    FcLex f(standard_file(words, kSimple, kExt));
-    ASSERT_EQ(0, f.open(8192)) << last_msg();
-    for (const auto &w : words) ASSERT_TRUE(f.find(w.c_str())) << w;
-    for (const char *w : {"helo", "wrld", "teh", "abcdefgh", "zzzz", "Zuluz"}) EXPECT_FALSE(f.find(w)) << w;
-    // Beside the budget, each segment in memory has a table of jumps of a
-    // quarter of its size at most.
-    int32_t tables = 0;
-    for (int32_t i = 0; i < f.fc().nSegments; ++i) {
-        const FCSegment *seg = f.fc().segIndex[i];
-        if (seg->jumps == nullptr) continue;
-        ++tables;
-        EXPECT_NE(nullptr, seg->data);
-        EXPECT_LE(4 * ((seg->jumps[0] & ~FC_JUMPS_COMPLETE) + 1), seg->size / 4);
-    }
-    EXPECT_GT(tables, 0);
-
-    MemLex mem;
-    for (const auto &w : words) mem.add(w.c_str());
-    const std::string text = "Teh quick brown fox jumpd over the lazy dog's kennel, and the Dogs barked at it.";
-    for (uint32_t options : {LX_OPT_CHECK_SPELLING, LX_OPT_CHECK_SPELLING | LX_OPT_CASE_SENSITIVE}) {
-        std::vector<std::string> reports[2];
-        LX_Lexicon *lists[2] = {&f.lex, &mem.lex};
-        for (int k = 0; k < 2; ++k) {
-            LexList list{lists[k]};
-            char word[LX_MAX_WORD_SZ];
-            for (int32_t cursor = 0; cursor >= 0; cursor = LX_NextTextWord(text.c_str(), cursor, options)) {
-                if (LX_CheckText(text.c_str(), list, options, &cursor, word, sizeof word, nullptr, 0) ==
-                    LX_RES_NONE_LEFT)
-                    break;
-                reports[k].push_back(word);
-            }
-        }
-        EXPECT_EQ(reports[1], reports[0]);
-        EXPECT_EQ((std::vector<std::string>{"Teh", "jumpd"}), reports[0]);
-    }
-    Set set(10);
-    LexList list{&f.lex};
-    EXPECT_GT(LX_Suggest("jumpd", 50, list, LX_OPT_CHECK_SPELLING | LX_OPT_SUGGEST_TYPOGRAPHIC, &set.set), 0);
-    EXPECT_NE(std::string::npos, (" " + set.str()).find(" jumped:")) << set.str();
 }
 
 TEST(FcLex, ChangesAreUnsupported) {

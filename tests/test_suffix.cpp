@@ -10,12 +10,6 @@
 
 namespace {
 
-std::string crlf(const std::vector<std::string> &lines) {
-    std::string out;
-    for (const auto &l : lines) out += l + "\r\n";
-    return out;
-}
-
 std::map<std::string, SuffixCounter> gSeen;
 void record(const char *ending, const SuffixCounter *counter) { gSeen[ending] = *counter; }
 
