@@ -204,13 +204,7 @@ TEST(DftLex, ExternalListTakesOnlyPlainWords) {
 // An entry is stored only if its line reads back as the same entry.
 TEST(DftLex, AddRefusesEntriesThatWouldNotReadBack) {
     const std::string w75(75, 'w'), w76(76, 'w'), w77(77, 'w'), w78(78, 'w'), w79(79, 'w'), x75(75, 'x');
-    const struct {
-        std::string word;
-        int16_t action;
-        const char *other;
-        bool external;
-        bool stored;
-    } cases[] = {
+    const struct { std::string word; int16_t action; const char *other; bool external; bool stored; } cases[] = {
         {w75, LX_ACT_IGNORE, nullptr, false, true},  // 77 bytes with tab and action
         {w76, LX_ACT_IGNORE, nullptr, false, false}, // 78: the LF would start the next line
         {w77, LX_ACT_IGNORE, nullptr, false, true},  // 79: the buffer's size

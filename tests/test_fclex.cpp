@@ -284,7 +284,7 @@ namespace {
 const std::vector<std::string> kBudgetWords = {"aaaxxxx", "bbbxxxx", "cccxxxx", "dddxxxxxxxxxxxxxx"};
 } // namespace
 
-TEST(FcLex, BudgetThrowsOutTheLeastRecentlyRequested) {
+TEST(FcLex, Budget) {
     FcLex f(standard_file(kBudgetWords));
     ASSERT_EQ(0, f.open(16));
     ASSERT_EQ(6u, f.segment("aaa")->size);
@@ -314,15 +314,13 @@ TEST(FcLex, BudgetThrowsOutTheLeastRecentlyRequested) {
     EXPECT_EQ(clock + 1, f.segment("aaa")->lastUse);
     EXPECT_FALSE(f.find("bbbxxxx")); // thrown out, and the file is gone
     EXPECT_EQ(f.path + ": can't open", last_msg());
-}
-
-TEST(FcLex, BudgetOfZeroKeepsEverything) {
+    // No budget, or one below zero, keeps everything.
     for (int32_t budget : {0, -5}) {
-        FcLex f(standard_file(kBudgetWords));
-        ASSERT_EQ(0, f.open(budget));
-        for (const auto &w : kBudgetWords) EXPECT_TRUE(f.find(w.c_str()));
-        EXPECT_EQ("aaa bbb ccc ddd", f.loaded());
-        EXPECT_EQ(budget, f.fc().budgetLeft);
+        FcLex g(standard_file(kBudgetWords));
+        ASSERT_EQ(0, g.open(budget));
+        for (const auto &w : kBudgetWords) EXPECT_TRUE(g.find(w.c_str()));
+        EXPECT_EQ("aaa bbb ccc ddd", g.loaded());
+        EXPECT_EQ(budget, g.fc().budgetLeft);
     }
 }
 
@@ -332,10 +330,7 @@ TEST(FcLex, LookupsExactAndWithoutCase) {
     FcLex f(standard_file({"WALKED", "aT", "walK", "walk", "walked", "zebra", "zebu", "Paris", "x", "\xe9t\xe9s"},
                           {"ed"}, {"k"}));
     ASSERT_EQ(0, f.open());
-    struct Case {
-        const char *word;
-        bool exact, noCase;
-    };
+    struct Case { const char *word; bool exact, noCase; };
     for (const Case &c : std::initializer_list<Case>{
              {"walk", true, true},   {"walK", true, true},    {"WALK", false, true},   {"walke", false, false},
              {"Walked", false, true}, {"WALKED", true, true}, {"wAlKeD", false, true}, {"AT", false, true},
@@ -393,12 +388,7 @@ TEST(FcLex, DamagedRecordsEndTheScan) {
 TEST(FcLex, PatternSearches) {
     FcLex f(standard_file({"be", "cat", "cats", "coat", "cot", "cut", "dog", "dot", "Cot", "Cat", "cute", "cutter"}));
     ASSERT_EQ(0, f.open());
-    struct Case {
-        const char *pattern;
-        int16_t caseSensitive;
-        int32_t capacity;
-        const char *found, *loaded;
-    };
+    struct Case { const char *pattern; int16_t caseSensitive; int32_t capacity; const char *found, *loaded; };
     for (const Case &c : std::initializer_list<Case>{
              {"c?t", 1, 10, "cat:100 cot:100 cut:100", "cat cot cut"},
              {"c?t", 0, 10, "cat:100 cot:100 cut:100", "cat cot cut"},

@@ -35,9 +35,7 @@ struct Table {
     }
 };
 
-struct Tables {
-    Table simple, ext;
-};
+struct Tables { Table simple, ext; };
 
 // The records of words, which share one key and stand in order.
 Bytes encode(const std::vector<std::string> &words, const Tables &t) {
@@ -152,10 +150,7 @@ TEST(LxcFormat, WorkedExampleRecords) {
 // ------------------------------------------------------ coding one record
 
 TEST(LxcFormat, CodingRules) {
-    static const struct {
-        std::vector<std::string> simple, ext;
-        const char *prevTail, *tail, *record;
-    } kCases[] = {
+    static const struct { std::vector<std::string> simple, ext; const char *prevTail, *tail, *record; } kCases[] = {
         {{}, {}, "", "", "00 00"},                         // a word of three bytes
         {{}, {}, "", "abc", "00 61 62 63 00"},              // empty tables: literals only
         {{}, {}, "ked", "ked", "03 00"},                    // a repeated word

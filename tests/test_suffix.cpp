@@ -59,11 +59,7 @@ std::vector<std::string> group(const std::string &ending, int n) {
 
 TEST(Suffix, CountsTheEndingsFrontCodingLeaves) {
     using Counts = std::map<std::string, int32_t>;
-    static const struct {
-        const char *what;
-        std::vector<std::string> words;
-        Counts expected;
-    } kCases[] = {
+    static const struct { const char *what; std::vector<std::string> words; Counts expected; } kCases[] = {
         {"each word counts for its longest known ending",
          {"walked", "walking", "talked", "talking"},
          {{"ked", 0}, {"ed", 1}, {"d", 0}, {"ing", 1}, {"ng", 0}, {"g", 0}}},
