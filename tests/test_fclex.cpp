@@ -115,55 +115,39 @@ TEST(FcLex, RefusedFiles) {
     Bytes moreThanMax;
     put32(moreThanMax, 65536);
 
-    struct Case {
-        const char *name;
-        Bytes file;
-        int32_t budget, code;
-        std::string msg; // %s stands for the path
-    };
+    // The message's %s stands for the path.
+    struct Case { const char *name; Bytes file; int32_t code; std::string msg; int32_t budget = 0; };
+    const int32_t BF = LX_ERR_BAD_FORMAT, RE = LX_ERR_READ;
+    const std::string bad = "%s invalid compressed lexicon", unicode = "%s: Unicode lexicon not supported";
     const std::vector<Case> cases = {
-        {"three bytes", hex_bytes("57 00 05"), 0, LX_ERR_BAD_FORMAT, "%s: error reading magic number"},
-        {"other magic", file_of(good, 0x12345678), 0, LX_ERR_BAD_FORMAT, "%s: magic number 0x12345678 != 0x57000501"},
-        {"only the magic", hex_bytes("57 00 05 01"), 0, LX_ERR_BAD_FORMAT, "%s invalid compressed lexicon"},
-        {"type without length", hex_bytes("57 00 05 01 00 00 00 01 00 00"), 0, LX_ERR_BAD_FORMAT,
-         "%s: error reading section length"},
-        {"two-byte characters", with({{1, number_section(SECT_CHAR_SIZE, 2)}}), 0, LX_ERR_UNSUPPORTED,
-         "%s: Unicode lexicon not supported"},
-        {"character size 3", with({{1, number_section(SECT_CHAR_SIZE, 3)}}), 0, LX_ERR_UNSUPPORTED,
-         "%s: Unicode lexicon not supported"},
-        {"no index", without(4), 0, LX_ERR_BAD_FORMAT, "%s invalid compressed lexicon"},
-        {"no data", without(3), 0, LX_ERR_BAD_FORMAT, "%s invalid compressed lexicon"},
-        {"no segments", with({{3, section(SECT_SEG_DATA, {})}, {4, index_section({})}}), 0, LX_ERR_BAD_FORMAT,
-         "%s invalid compressed lexicon"},
-        {"index cut short", cut(1), 0, LX_ERR_READ, "%s: read error"},
-        {"table cut short", Bytes(whole.begin(), whole.begin() + 0x30), 0, LX_ERR_READ, "%s: read error"},
-        {"index longer than the file", with({{4, hugeIndex}}), 0, LX_ERR_READ, "%s: read error"},
-        {"too many segments", with({{4, section(SECT_SEG_INDEX, moreThanMax)}}), 0, LX_ERR_NO_MEMORY,
+        {"three bytes", hex_bytes("57 00 05"), BF, "%s: error reading magic number"},
+        {"other magic", file_of(good, 0x12345678), BF, "%s: magic number 0x12345678 != 0x57000501"},
+        {"only the magic", hex_bytes("57 00 05 01"), BF, bad},
+        {"type without length", hex_bytes("57 00 05 01 00 00 00 01 00 00"), BF, "%s: error reading section length"},
+        {"two-byte characters", with({{1, number_section(SECT_CHAR_SIZE, 2)}}), LX_ERR_UNSUPPORTED, unicode},
+        {"character size 3", with({{1, number_section(SECT_CHAR_SIZE, 3)}}), LX_ERR_UNSUPPORTED, unicode},
+        {"no index", without(4), BF, bad},
+        {"no data", without(3), BF, bad},
+        {"no segments", with({{3, section(SECT_SEG_DATA, {})}, {4, index_section({})}}), BF, bad},
+        {"index cut short", cut(1), RE, "%s: read error"},
+        {"table cut short", Bytes(whole.begin(), whole.begin() + 0x30), RE, "%s: read error"},
+        {"index longer than the file", with({{4, hugeIndex}}), RE, "%s: read error"},
+        {"too many segments", with({{4, section(SECT_SEG_INDEX, moreThanMax)}}), LX_ERR_NO_MEMORY,
          "%s: too many segments (0)"},
-        {"segment above the budget", file_of(good), 11, LX_ERR_NO_MEMORY, "%s: segment size 12 > budget 11"},
-        {"entries beyond the index", with({{4, shortIndex}}), 0, LX_ERR_BAD_FORMAT, "%s invalid compressed lexicon"},
-        {"keys out of order", with({{4, index_section({{"wal", 2, 12}, {"at", 0, 2}})}}), 0, LX_ERR_BAD_FORMAT,
-         "%s invalid compressed lexicon"},
-        {"a key twice", with({{4, index_section({{"at", 0, 2}, {"at", 2, 12}})}}), 0, LX_ERR_BAD_FORMAT,
-         "%s invalid compressed lexicon"},
-        {"a key with a hole", with({{4, index_section({{std::string("a\0t", 3), 0, 2}})}}), 0, LX_ERR_BAD_FORMAT,
-         "%s invalid compressed lexicon"},
-        {"segment beyond the data", with({{4, index_section({{"at", 0, 2}, {"wal", 2, 13}})}}), 0,
-         LX_ERR_BAD_FORMAT, "%s invalid compressed lexicon"},
-        {"segments overlap", with({{4, index_section({{"at", 0, 14}, {"wal", 0, 14}})}}), 0, LX_ERR_BAD_FORMAT,
-         "%s invalid compressed lexicon"},
-        {"offset wraps", with({{4, index_section({{"at", 0xFFFFFFFF, 2}})}}), 0, LX_ERR_BAD_FORMAT,
-         "%s invalid compressed lexicon"},
-        {"two suffix sections", file_of({good[0], good[1], good[2], good[2], good[3], good[4]}), 0,
-         LX_ERR_BAD_FORMAT, "%s invalid compressed lexicon"},
-        {"two indexes", file_of({good[0], good[1], good[2], good[3], good[4], good[4]}), 0, LX_ERR_BAD_FORMAT,
-         "%s invalid compressed lexicon"},
-        {"two data sections", file_of({good[0], good[1], good[2], good[3], good[3], good[4]}), 0,
-         LX_ERR_BAD_FORMAT, "%s invalid compressed lexicon"},
-        {"table beyond its section", with({{2, longTable}}), 0, LX_ERR_BAD_FORMAT, "%s invalid compressed lexicon"},
-        {"language too short", with({{0, shortLang}}), 0, LX_ERR_BAD_FORMAT, "%s invalid compressed lexicon"},
-        {"data beyond 2^31", file_of({good[0], good[1], good[2], good[4], hugeData}), 0, LX_ERR_BAD_FORMAT,
-         "%s invalid compressed lexicon"},
+        {"segment above the budget", file_of(good), LX_ERR_NO_MEMORY, "%s: segment size 12 > budget 11", 11},
+        {"entries beyond the index", with({{4, shortIndex}}), BF, bad},
+        {"keys out of order", with({{4, index_section({{"wal", 2, 12}, {"at", 0, 2}})}}), BF, bad},
+        {"a key twice", with({{4, index_section({{"at", 0, 2}, {"at", 2, 12}})}}), BF, bad},
+        {"a key with a hole", with({{4, index_section({{std::string("a\0t", 3), 0, 2}})}}), BF, bad},
+        {"segment beyond the data", with({{4, index_section({{"at", 0, 2}, {"wal", 2, 13}})}}), BF, bad},
+        {"segments overlap", with({{4, index_section({{"at", 0, 14}, {"wal", 0, 14}})}}), BF, bad},
+        {"offset wraps", with({{4, index_section({{"at", 0xFFFFFFFF, 2}})}}), BF, bad},
+        {"two suffix sections", file_of({good[0], good[1], good[2], good[2], good[3], good[4]}), BF, bad},
+        {"two indexes", file_of({good[0], good[1], good[2], good[3], good[4], good[4]}), BF, bad},
+        {"two data sections", file_of({good[0], good[1], good[2], good[3], good[3], good[4]}), BF, bad},
+        {"table beyond its section", with({{2, longTable}}), BF, bad},
+        {"language too short", with({{0, shortLang}}), BF, bad},
+        {"data beyond 2^31", file_of({good[0], good[1], good[2], good[4], hugeData}), BF, bad},
     };
     for (const auto &c : cases) {
         SCOPED_TRACE(c.name);
