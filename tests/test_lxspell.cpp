@@ -329,12 +329,11 @@ TEST(Lxspell, PersonalLexicon) {
     EXPECT_EQ("qwertyx\n", r.out);
 
     // Actions: auto-change and conditional change show their replacement.
-    r = t.run({"add", "--auto-change", "teh=the"});
-    EXPECT_EQ(0, r.status) << r.err;
-    r = t.run({"add", "--change", "recieve=receive"});
-    EXPECT_EQ(0, r.status) << r.err;
-    r = t.run({"add", "--exclude", "alot"});
-    EXPECT_EQ(0, r.status) << r.err;
+    for (const auto &[action, entry] : {std::pair{"--auto-change", "teh=the"}, {"--change", "recieve=receive"},
+                                        {"--exclude", "alot"}}) {
+        r = t.run({"add", action, entry});
+        EXPECT_EQ(0, r.status) << r.err;
+    }
     r = t.run({"check"}, "Teh cat did recieve alot.\n");
     EXPECT_EQ(1, r.status);
     EXPECT_EQ("<stdin>:1:1: Teh: auto-change (The)\n"
