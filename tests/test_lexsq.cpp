@@ -39,21 +39,16 @@ std::string data_hex(const std::string &path) {
 
 // Compiles words with the tables given directly.
 int16_t compile_tables(const TempDir &dir, const std::vector<std::string> &words,
-                       const std::vector<const char *> &simple, const std::vector<const char *> &ext,
-                       uint32_t *errLine = nullptr) {
+                       const std::vector<const char *> &simple, const std::vector<const char *> &ext) {
     write_bytes(dir / "words.txt", crlf(words));
     LexSqContext ctx{};
+    uint32_t line = 0;
     int16_t r = LexSq_InitTables(&ctx, (dir / "out.lxc").c_str(), simple.data(), static_cast<int32_t>(simple.size()),
                                  ext.data(), static_cast<int32_t>(ext.size()), 999);
-    EXPECT_EQ(0, r);
-    uint32_t line = 0;
-    r = LexSqFile(&ctx, (dir / "words.txt").c_str(), &line);
-    if (errLine) *errLine = line;
-    if (r < 0) {
-        LexSq_Abort(&ctx);
-        return r;
-    }
-    return LexSq_End(&ctx);
+    if (r == 0) r = LexSqFile(&ctx, (dir / "words.txt").c_str(), &line);
+    if (r == 0) return LexSq_End(&ctx);
+    LexSq_Abort(&ctx);
+    return r;
 }
 
 // Compiles a word list text with a suffix file text.
@@ -307,18 +302,17 @@ TEST(LexSq, FullDiskIsAWriteError) {
     std::string words;
     for (int i = 0; i < 3000; ++i) words += "word" + std::to_string(i * 7919) + "\r\n";
     write_bytes(dir / "words.txt", words);
-    write_bytes(dir / "small.txt", crlf({"walk"}));
     write_bytes(dir / "suffixes.txt", crlf({"ed"}));
-    for (const char *list : {"words.txt", "small.txt"}) {
-        LexSqContext ctx{};
-        uint32_t line = 0;
-        int16_t r = LexSq_Init(&ctx, "/dev/full", (dir / "suffixes.txt").c_str(), 999, &line);
-        if (r == 0) r = LexSqFile(&ctx, (dir / list).c_str(), &line);
-        if (r == 0) r = LexSq_End(&ctx);
-        else LexSq_Abort(&ctx);
-        EXPECT_EQ(LX_ERR_WRITE, r) << list;
-        EXPECT_EQ("error writing to /dev/full", last_msg()) << list;
-    }
+    // A list longer than the stream's buffer fails while its records are
+    // written; a short one fails at the end (the driver's tests).
+    LexSqContext ctx{};
+    uint32_t line = 0;
+    int16_t r = LexSq_Init(&ctx, "/dev/full", (dir / "suffixes.txt").c_str(), 999, &line);
+    if (r == 0) r = LexSqFile(&ctx, (dir / "words.txt").c_str(), &line);
+    if (r == 0) r = LexSq_End(&ctx);
+    else LexSq_Abort(&ctx);
+    EXPECT_EQ(LX_ERR_WRITE, r);
+    EXPECT_EQ("error writing to /dev/full", last_msg());
 
     // A file size limit stops the file at every possible byte: each run
     // either fails with LX_ERR_WRITE, leaving a file without an index, or
