@@ -326,6 +326,21 @@ TEST(FcLex, LookupsExactAndWithoutCase) {
     }
 }
 
+// The scan without regard to case gives what a scan with the whole-word
+// callback gives, for every word near the segment's words.
+TEST(FcLex, CaseBlindScanAgreesWithTheCallback) {
+    const std::vector<std::string> words = {"abcd", "abcdE", "abcdef", "abcDEF", "abcx", "abcxy", "abcXYZ", "abc"};
+    const Segments segs = encode_segments(words, {"ef"}, {"xy"});
+    const char *simple[] = {"ef"}, *ext[] = {"xy"};
+    const MCSuffixTable st{simple, 1}, et{ext, 1};
+    MCSegment seg{segs.data.data(), static_cast<uint32_t>(segs.data.size()), {'a', 'b', 'c'}};
+    for (const char *w : {"abc", "ABC", "abcd", "ABCDE", "abcdEF", "abcDe", "abcXy", "ABCXYZ", "abcxyz", "abcz",
+                          "abcdefg", "abcxyzz"}) {
+        EXPECT_EQ(MCLex_Scan(&seg, 1, &st, &et, w, FCLex_CheckWordCb, nullptr), MCLex_FindNoCase(&seg, &st, &et, w))
+            << w;
+    }
+}
+
 // A record that can't be honoured ends its segment's scan: the words
 // behind it are absent, those before it are found.
 TEST(FcLex, DamagedRecordsEndTheScan) {
