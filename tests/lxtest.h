@@ -5,7 +5,9 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <fstream>
 #include <initializer_list>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -15,6 +17,49 @@
 #include <gtest/gtest.h>
 
 #include "lxengine.h"
+
+// The last message of this thread, "" before the first.
+inline std::string last_msg() {
+    const char *m = LX_Diag_GetLastMsg();
+    return m ? m : "";
+}
+
+// Lines, each ended by CR LF.
+inline std::string crlf(const std::vector<std::string> &lines) {
+    std::string out;
+    for (const auto &l : lines) out += l + "\r\n";
+    return out;
+}
+
+// Bytes as two hex digits each, split by blanks, and such a text back.
+inline std::string hex(const std::string &data) {
+    std::string out;
+    char buf[4];
+    for (unsigned char b : data) {
+        std::snprintf(buf, sizeof buf, "%s%02X", out.empty() ? "" : " ", b);
+        out += buf;
+    }
+    return out;
+}
+inline std::string unhex(const std::string &text) {
+    std::string out;
+    std::istringstream in(text);
+    for (unsigned value; in >> std::hex >> value;) out += static_cast<char>(value);
+    return out;
+}
+
+#ifdef LX_DATA_DIR
+// The bundled word list: one word a line, CR LF.
+inline std::vector<std::string> bundled_words() {
+    std::ifstream in(LX_DATA_DIR "/en_US.txt", std::ios::binary);
+    std::vector<std::string> out;
+    for (std::string line; std::getline(in, line);) {
+        if (!line.empty() && line.back() == '\r') line.pop_back();
+        if (!line.empty()) out.push_back(line);
+    }
+    return out;
+}
+#endif
 
 // A memory lexicon that closes itself. Entries are given as in a lexicon
 // image: "word", or "word<TAB><action><other word>".

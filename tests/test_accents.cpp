@@ -3,7 +3,6 @@
 // the words of the word's base form instead of trying every form; these
 // tests hold it to the full search, trial by trial.
 #include <algorithm>
-#include <fstream>
 #include <random>
 
 #include "chartab.h"
@@ -72,17 +71,6 @@ int16_t model_lookup(const std::string &w, LX_Lexicon *const *list, uint32_t opt
     return LX_RES_MISSPELLED;
 }
 
-std::vector<std::string> accented_words() {
-    std::ifstream in(std::string(LX_DATA_DIR) + "/en_US.txt", std::ios::binary);
-    std::vector<std::string> out;
-    for (std::string line; std::getline(in, line);) {
-        if (!line.empty() && line.back() == '\r') line.pop_back();
-        if (std::any_of(line.begin(), line.end(), [](char c) { return static_cast<uchar>(c) >= 0xC0; }))
-            out.push_back(line);
-    }
-    return out;
-}
-
 // The word as a writer without accented capitals types it in capitals.
 std::string plain_capitals(const std::string &w) {
     std::string out;
@@ -94,18 +82,6 @@ std::string plain_capitals(const std::string &w) {
 }
 
 } // namespace
-
-// Upper and lower case of a letter always share a base letter: the base
-// form of a word is then also the base form of every case of it, which is
-// what lets a lexicon list the words a trial could find.
-TEST(Accents, CasePairsShareTheirBaseLetter) {
-    for (int c = 0; c < 256; ++c) {
-        const uchar u = static_cast<uchar>(c);
-        if (lx_is_upper(u)) {
-            EXPECT_EQ(lx_fold(u), lx_fold(lx_to_lower(u))) << c;
-        }
-    }
-}
 
 // Random lexicons of short words in many accent and case forms, some of
 // them excluded or with replacements; random lists of one to three of them.
@@ -152,15 +128,12 @@ TEST(Accents, SearchAgreesWithEveryTrialInOrder) {
 // and also as the right piece of a hyphenated compound.
 TEST(Accents, EveryAccentedWordOfTheBundledListInCapitals) {
     MemLex bundled;
-    const std::vector<std::string> accented = accented_words();
-    ASSERT_GT(accented.size(), 100u);
-    {
-        std::ifstream in(std::string(LX_DATA_DIR) + "/en_US.txt", std::ios::binary);
-        for (std::string line; std::getline(in, line);) {
-            if (!line.empty() && line.back() == '\r') line.pop_back();
-            if (!line.empty()) bundled.add(line.c_str());
-        }
+    std::vector<std::string> accented;
+    for (const std::string &w : bundled_words()) {
+        bundled.add(w.c_str());
+        if (std::any_of(w.begin(), w.end(), [](char c) { return static_cast<uchar>(c) >= 0xC0; })) accented.push_back(w);
     }
+    ASSERT_GT(accented.size(), 100u);
     MemLex empties[7];
     for (int n : {1, 2, 8}) {
         std::vector<LX_Lexicon *> list;

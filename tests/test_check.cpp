@@ -7,10 +7,7 @@
 
 constexpr uint32_t CS = LX_OPT_CHECK_SPELLING, ACC = LX_OPT_ACCENTED_CAPITALS, REP = LX_OPT_REPORT_REPEATED;
 
-struct Report {
-    int32_t result, cursor;
-    std::string word;
-};
+struct Report { int32_t result, cursor; std::string word; };
 
 static Report check(const char *text, LX_Lexicon *const *list, uint32_t options, int32_t cursor = 0,
                     int32_t wordSz = LX_MAX_WORD_SZ) {

@@ -1,24 +1,16 @@
-// The bundled word list from end to end: compiled by LX_Compress_Lex, read
-// by LX_FCLex_Open with and without a budget, it judges every word as a
-// memory lexicon holding the same list does.
-#include <fstream>
+// The bundled word list from end to end: compiled by LX_Compress_Lex, the
+// file holds every word; read by LX_FCLex_Open with and without a budget,
+// it judges every word as a memory lexicon holding the same list does.
+#include <algorithm>
 #include <random>
 
+#include "fclex.h"
 #include "filetest.h"
 #include "lexicon.h"
+#include "lxcfile.h"
 #include "lxtest.h"
 
 namespace {
-
-std::vector<std::string> bundled_words() {
-    std::ifstream in(std::string(LX_DATA_DIR) + "/en_US.txt", std::ios::binary);
-    std::vector<std::string> out;
-    for (std::string line; std::getline(in, line);) {
-        if (!line.empty() && line.back() == '\r') line.pop_back();
-        if (!line.empty()) out.push_back(line);
-    }
-    return out;
-}
 
 int32_t check(const std::string &word, LX_Lexicon *const *list, uint32_t options) {
     char out[LX_MAX_WORD_SZ], repl[LX_MAX_WORD_SZ];
@@ -31,12 +23,24 @@ int32_t check(const std::string &word, LX_Lexicon *const *list, uint32_t options
 
 TEST(BundledLexicon, CompiledListJudgesAsTheMemoryLexicon) {
     const std::vector<std::string> words = bundled_words();
-    ASSERT_GT(words.size(), 100000u);
+    ASSERT_EQ(104334u, words.size());
     TempDir dir;
     const std::string file = dir.path + "/en_US.lxc";
     uint32_t errLine = 0;
-    ASSERT_EQ(0, LX_Compress_Lex((std::string(LX_DATA_DIR) + "/en_US.txt").c_str(), file.c_str(), &errLine))
-        << LX_Compress_GetLastMsg();
+    ASSERT_EQ(0, LX_Compress_Lex(LX_DATA_DIR "/en_US.txt", file.c_str(), &errLine)) << LX_Compress_GetLastMsg();
+    EXPECT_EQ(30u, errLine); // lines read for the simple table
+
+    // The file holds every word, in byte order, with full tables.
+    LxcFile f;
+    const std::string bytes = read_bytes(file);
+    ASSERT_EQ("", LxcFile_Read(bytes, f));
+    std::vector<std::string> sorted = words;
+    std::sort(sorted.begin(), sorted.end());
+    EXPECT_EQ(sorted, f.words);
+    EXPECT_EQ(999, f.lang);
+    EXPECT_EQ(30u, f.simple.size());
+    EXPECT_GT(f.ext.size(), 100u);
+    EXPECT_LT(bytes.size(), read_bytes(LX_DATA_DIR "/en_US.txt").size() / 3);
 
     MemLex mem;
     for (const std::string &w : words) mem.add(w.c_str());
@@ -73,18 +77,27 @@ TEST(BundledLexicon, CompiledListJudgesAsTheMemoryLexicon) {
         }
         EXPECT_EQ(0u, missing) << "budget " << budget;
         EXPECT_EQ(0u, differ) << "budget " << budget;
+        // Each segment in memory has a table of jumps; within a budget, of a
+        // quarter of the segment's size at most.
+        int32_t tables = 0;
+        for (int32_t i = 0; i < fc.fc.nSegments; ++i) {
+            const FCSegment *seg = fc.fc.segIndex[i];
+            const uint32_t *jumps = FCLex_Jumps(seg);
+            if (jumps == nullptr) continue;
+            ++tables;
+            EXPECT_NE(nullptr, seg->data);
+            EXPECT_TRUE(budget == 0 || 4 * ((jumps[0] & ~FC_JUMPS_COMPLETE) + 1) <= seg->size / 4);
+        }
+        EXPECT_GT(tables, 0);
+        Set set(10);
+        EXPECT_GT(LX_Suggest("jumpd", 50, fcList, LX_OPT_CHECK_SPELLING | LX_OPT_SUGGEST_TYPOGRAPHIC, &set.set), 0);
+        EXPECT_NE(std::string::npos, (" " + set.str()).find(" jumped:")) << set.str();
         LX_Lexicon_Close(&fc);
     }
-}
 
-// A kept verdict answers only while its segment is in memory, and it
-// requests the segment as a search would: a segment thrown out is loaded
-// again, and a load that fails makes the word absent.
-TEST(BundledLexicon, VerdictsLastAsLongAsTheirSegment) {
-    TempDir dir;
-    const std::string file = dir.path + "/en_US.lxc";
-    uint32_t errLine = 0;
-    ASSERT_EQ(0, LX_Compress_Lex((std::string(LX_DATA_DIR) + "/en_US.txt").c_str(), file.c_str(), &errLine));
+    // A kept verdict answers only while its segment is in memory, and it
+    // requests the segment as a search would: a segment thrown out is
+    // loaded again, and a load that fails makes the word absent.
     LX_Lexicon fc{};
     fc.kind = LEX_FC;
     ASSERT_EQ(0, LX_FCLex_Open(&fc, file.c_str(), 16 * 1024));
@@ -97,7 +110,7 @@ TEST(BundledLexicon, VerdictsLastAsLongAsTheirSegment) {
     EXPECT_EQ(clock + 3, fc.fc.useClock); // every lookup requested the segment
 
     // Words of other segments fill the budget; then the file goes.
-    for (const std::string &w : bundled_words())
+    for (const std::string &w : words)
         if (w.rfind("wal", 0) != 0) find(w.c_str());
     ASSERT_EQ(0, std::remove(file.c_str()));
     EXPECT_FALSE(find("walked"));

@@ -10,6 +10,7 @@
 #include "fclexfile.h"
 #include "filetest.h"
 #include "lexicon.h"
+#include "lxcexample.h"
 #include "lxtest.h"
 #include "platform.h"
 
@@ -21,15 +22,8 @@ const std::vector<std::string> kExampleWords = {"at", "walk", "walked", "walking
 const std::vector<std::string> kExampleSimple = {"ed", "ing", "s"}, kExampleExt = {"l"};
 
 Bytes hex_bytes(const char *text) {
-    Bytes out;
-    for (const char *p = text; *p;) {
-        char *end;
-        const unsigned long v = std::strtoul(p, &end, 16);
-        if (end == p) break;
-        out.push_back(static_cast<uchar>(v));
-        p = end;
-    }
-    return out;
+    const std::string raw = unhex(text);
+    return Bytes(raw.begin(), raw.end());
 }
 
 // A compressed lexicon over a file of its own, closed at the end.
@@ -65,38 +59,14 @@ struct FcLex {
     }
 };
 
-// The bundled word list: one word a line, CR LF.
-std::vector<std::string> read_word_list_for_tests() {
-    std::vector<std::string> words;
-    std::string text = read_bytes(LX_DATA_DIR "/en_US.txt"), line;
-    for (char c : text) {
-        if (c == '\n') {
-            if (!line.empty()) words.push_back(line);
-            line.clear();
-        } else if (c != '\r') {
-            line += c;
-        }
-    }
-    return words;
-}
-
-std::string last_msg() {
-    const char *m = LX_Diag_GetLastMsg();
-    return m ? m : "";
-}
-
 } // namespace
 
 // ------------------------------------------------------------------- open
 
 TEST(FcLex, WorkedExampleIsBuiltAndRead) {
     const Bytes file = standard_file(kExampleWords, kExampleSimple, kExampleExt);
-    EXPECT_EQ(hex_bytes("57 00 05 01 00 00 00 01 00 00 00 04 00 00 03 E7 00 00 00 02 00 00 00 04 00 00 00 01 "
-                        "00 00 00 03 00 00 00 13 00 00 00 09 65 64 00 69 6E 67 00 73 00 00 00 00 02 6C 00 "
-                        "00 00 00 05 00 00 00 0E 00 00 00 6B 00 01 02 01 03 01 04 00 01 00 "
-                        "00 00 00 04 00 00 00 1A 00 00 00 02 61 74 00 00 00 00 00 00 00 00 02 "
-                        "77 61 6C 00 00 00 02 00 00 00 0C"),
-              file);
+    EXPECT_EQ(hex_bytes(kLxcExampleFile), file);
+    EXPECT_EQ(file.size(), LXC_FileSize(9, 2, 14, 2));
     FcLex f(file);
     ASSERT_EQ(0, f.open());
     EXPECT_EQ(2, f.fc().nSegments);
@@ -145,55 +115,39 @@ TEST(FcLex, RefusedFiles) {
     Bytes moreThanMax;
     put32(moreThanMax, 65536);
 
-    struct Case {
-        const char *name;
-        Bytes file;
-        int32_t budget, code;
-        std::string msg; // %s stands for the path
-    };
+    // The message's %s stands for the path.
+    struct Case { const char *name; Bytes file; int32_t code; std::string msg; int32_t budget = 0; };
+    const int32_t BF = LX_ERR_BAD_FORMAT, RE = LX_ERR_READ;
+    const std::string bad = "%s invalid compressed lexicon", unicode = "%s: Unicode lexicon not supported";
     const std::vector<Case> cases = {
-        {"three bytes", hex_bytes("57 00 05"), 0, LX_ERR_BAD_FORMAT, "%s: error reading magic number"},
-        {"other magic", file_of(good, 0x12345678), 0, LX_ERR_BAD_FORMAT, "%s: magic number 0x12345678 != 0x57000501"},
-        {"only the magic", hex_bytes("57 00 05 01"), 0, LX_ERR_BAD_FORMAT, "%s invalid compressed lexicon"},
-        {"type without length", hex_bytes("57 00 05 01 00 00 00 01 00 00"), 0, LX_ERR_BAD_FORMAT,
-         "%s: error reading section length"},
-        {"two-byte characters", with({{1, number_section(SECT_CHAR_SIZE, 2)}}), 0, LX_ERR_UNSUPPORTED,
-         "%s: Unicode lexicon not supported"},
-        {"character size 3", with({{1, number_section(SECT_CHAR_SIZE, 3)}}), 0, LX_ERR_UNSUPPORTED,
-         "%s: Unicode lexicon not supported"},
-        {"no index", without(4), 0, LX_ERR_BAD_FORMAT, "%s invalid compressed lexicon"},
-        {"no data", without(3), 0, LX_ERR_BAD_FORMAT, "%s invalid compressed lexicon"},
-        {"no segments", with({{3, section(SECT_SEG_DATA, {})}, {4, index_section({})}}), 0, LX_ERR_BAD_FORMAT,
-         "%s invalid compressed lexicon"},
-        {"index cut short", cut(1), 0, LX_ERR_READ, "%s: read error"},
-        {"table cut short", Bytes(whole.begin(), whole.begin() + 0x30), 0, LX_ERR_READ, "%s: read error"},
-        {"index longer than the file", with({{4, hugeIndex}}), 0, LX_ERR_READ, "%s: read error"},
-        {"too many segments", with({{4, section(SECT_SEG_INDEX, moreThanMax)}}), 0, LX_ERR_NO_MEMORY,
+        {"three bytes", hex_bytes("57 00 05"), BF, "%s: error reading magic number"},
+        {"other magic", file_of(good, 0x12345678), BF, "%s: magic number 0x12345678 != 0x57000501"},
+        {"only the magic", hex_bytes("57 00 05 01"), BF, bad},
+        {"type without length", hex_bytes("57 00 05 01 00 00 00 01 00 00"), BF, "%s: error reading section length"},
+        {"two-byte characters", with({{1, number_section(SECT_CHAR_SIZE, 2)}}), LX_ERR_UNSUPPORTED, unicode},
+        {"character size 3", with({{1, number_section(SECT_CHAR_SIZE, 3)}}), LX_ERR_UNSUPPORTED, unicode},
+        {"no index", without(4), BF, bad},
+        {"no data", without(3), BF, bad},
+        {"no segments", with({{3, section(SECT_SEG_DATA, {})}, {4, index_section({})}}), BF, bad},
+        {"index cut short", cut(1), RE, "%s: read error"},
+        {"table cut short", Bytes(whole.begin(), whole.begin() + 0x30), RE, "%s: read error"},
+        {"index longer than the file", with({{4, hugeIndex}}), RE, "%s: read error"},
+        {"too many segments", with({{4, section(SECT_SEG_INDEX, moreThanMax)}}), LX_ERR_NO_MEMORY,
          "%s: too many segments (0)"},
-        {"segment above the budget", file_of(good), 11, LX_ERR_NO_MEMORY, "%s: segment size 12 > budget 11"},
-        {"entries beyond the index", with({{4, shortIndex}}), 0, LX_ERR_BAD_FORMAT, "%s invalid compressed lexicon"},
-        {"keys out of order", with({{4, index_section({{"wal", 2, 12}, {"at", 0, 2}})}}), 0, LX_ERR_BAD_FORMAT,
-         "%s invalid compressed lexicon"},
-        {"a key twice", with({{4, index_section({{"at", 0, 2}, {"at", 2, 12}})}}), 0, LX_ERR_BAD_FORMAT,
-         "%s invalid compressed lexicon"},
-        {"a key with a hole", with({{4, index_section({{std::string("a\0t", 3), 0, 2}})}}), 0, LX_ERR_BAD_FORMAT,
-         "%s invalid compressed lexicon"},
-        {"segment beyond the data", with({{4, index_section({{"at", 0, 2}, {"wal", 2, 13}})}}), 0,
-         LX_ERR_BAD_FORMAT, "%s invalid compressed lexicon"},
-        {"segments overlap", with({{4, index_section({{"at", 0, 14}, {"wal", 0, 14}})}}), 0, LX_ERR_BAD_FORMAT,
-         "%s invalid compressed lexicon"},
-        {"offset wraps", with({{4, index_section({{"at", 0xFFFFFFFF, 2}})}}), 0, LX_ERR_BAD_FORMAT,
-         "%s invalid compressed lexicon"},
-        {"two suffix sections", file_of({good[0], good[1], good[2], good[2], good[3], good[4]}), 0,
-         LX_ERR_BAD_FORMAT, "%s invalid compressed lexicon"},
-        {"two indexes", file_of({good[0], good[1], good[2], good[3], good[4], good[4]}), 0, LX_ERR_BAD_FORMAT,
-         "%s invalid compressed lexicon"},
-        {"two data sections", file_of({good[0], good[1], good[2], good[3], good[3], good[4]}), 0,
-         LX_ERR_BAD_FORMAT, "%s invalid compressed lexicon"},
-        {"table beyond its section", with({{2, longTable}}), 0, LX_ERR_BAD_FORMAT, "%s invalid compressed lexicon"},
-        {"language too short", with({{0, shortLang}}), 0, LX_ERR_BAD_FORMAT, "%s invalid compressed lexicon"},
-        {"data beyond 2^31", file_of({good[0], good[1], good[2], good[4], hugeData}), 0, LX_ERR_BAD_FORMAT,
-         "%s invalid compressed lexicon"},
+        {"segment above the budget", file_of(good), LX_ERR_NO_MEMORY, "%s: segment size 12 > budget 11", 11},
+        {"entries beyond the index", with({{4, shortIndex}}), BF, bad},
+        {"keys out of order", with({{4, index_section({{"wal", 2, 12}, {"at", 0, 2}})}}), BF, bad},
+        {"a key twice", with({{4, index_section({{"at", 0, 2}, {"at", 2, 12}})}}), BF, bad},
+        {"a key with a hole", with({{4, index_section({{std::string("a\0t", 3), 0, 2}})}}), BF, bad},
+        {"segment beyond the data", with({{4, index_section({{"at", 0, 2}, {"wal", 2, 13}})}}), BF, bad},
+        {"segments overlap", with({{4, index_section({{"at", 0, 14}, {"wal", 0, 14}})}}), BF, bad},
+        {"offset wraps", with({{4, index_section({{"at", 0xFFFFFFFF, 2}})}}), BF, bad},
+        {"two suffix sections", file_of({good[0], good[1], good[2], good[2], good[3], good[4]}), BF, bad},
+        {"two indexes", file_of({good[0], good[1], good[2], good[3], good[4], good[4]}), BF, bad},
+        {"two data sections", file_of({good[0], good[1], good[2], good[3], good[3], good[4]}), BF, bad},
+        {"table beyond its section", with({{2, longTable}}), BF, bad},
+        {"language too short", with({{0, shortLang}}), BF, bad},
+        {"data beyond 2^31", file_of({good[0], good[1], good[2], good[4], hugeData}), BF, bad},
     };
     for (const auto &c : cases) {
         SCOPED_TRACE(c.name);
@@ -314,7 +268,7 @@ namespace {
 const std::vector<std::string> kBudgetWords = {"aaaxxxx", "bbbxxxx", "cccxxxx", "dddxxxxxxxxxxxxxx"};
 } // namespace
 
-TEST(FcLex, BudgetThrowsOutTheLeastRecentlyRequested) {
+TEST(FcLex, Budget) {
     FcLex f(standard_file(kBudgetWords));
     ASSERT_EQ(0, f.open(16));
     ASSERT_EQ(6u, f.segment("aaa")->size);
@@ -344,15 +298,13 @@ TEST(FcLex, BudgetThrowsOutTheLeastRecentlyRequested) {
     EXPECT_EQ(clock + 1, f.segment("aaa")->lastUse);
     EXPECT_FALSE(f.find("bbbxxxx")); // thrown out, and the file is gone
     EXPECT_EQ(f.path + ": can't open", last_msg());
-}
-
-TEST(FcLex, BudgetOfZeroKeepsEverything) {
+    // No budget, or one below zero, keeps everything.
     for (int32_t budget : {0, -5}) {
-        FcLex f(standard_file(kBudgetWords));
-        ASSERT_EQ(0, f.open(budget));
-        for (const auto &w : kBudgetWords) EXPECT_TRUE(f.find(w.c_str()));
-        EXPECT_EQ("aaa bbb ccc ddd", f.loaded());
-        EXPECT_EQ(budget, f.fc().budgetLeft);
+        FcLex g(standard_file(kBudgetWords));
+        ASSERT_EQ(0, g.open(budget));
+        for (const auto &w : kBudgetWords) EXPECT_TRUE(g.find(w.c_str()));
+        EXPECT_EQ("aaa bbb ccc ddd", g.loaded());
+        EXPECT_EQ(budget, g.fc().budgetLeft);
     }
 }
 
@@ -362,10 +314,7 @@ TEST(FcLex, LookupsExactAndWithoutCase) {
     FcLex f(standard_file({"WALKED", "aT", "walK", "walk", "walked", "zebra", "zebu", "Paris", "x", "\xe9t\xe9s"},
                           {"ed"}, {"k"}));
     ASSERT_EQ(0, f.open());
-    struct Case {
-        const char *word;
-        bool exact, noCase;
-    };
+    struct Case { const char *word; bool exact, noCase; };
     for (const Case &c : std::initializer_list<Case>{
              {"walk", true, true},   {"walK", true, true},    {"WALK", false, true},   {"walke", false, false},
              {"Walked", false, true}, {"WALKED", true, true}, {"wAlKeD", false, true}, {"AT", false, true},
@@ -423,12 +372,7 @@ TEST(FcLex, DamagedRecordsEndTheScan) {
 TEST(FcLex, PatternSearches) {
     FcLex f(standard_file({"be", "cat", "cats", "coat", "cot", "cut", "dog", "dot", "Cot", "Cat", "cute", "cutter"}));
     ASSERT_EQ(0, f.open());
-    struct Case {
-        const char *pattern;
-        int16_t caseSensitive;
-        int32_t capacity;
-        const char *found, *loaded;
-    };
+    struct Case { const char *pattern; int16_t caseSensitive; int32_t capacity; const char *found, *loaded; };
     for (const Case &c : std::initializer_list<Case>{
              {"c?t", 1, 10, "cat:100 cot:100 cut:100", "cat cot cut"},
              {"c?t", 0, 10, "cat:100 cot:100 cut:100", "cat cot cut"},
@@ -502,57 +446,6 @@ TEST(FcLex, WordsOfABaseForm) {
     EXPECT_EQ(0, LX_Lexicon_ForEachBaseForm(&f.lex, "\xc9", collect, &held));
     std::sort(held.begin(), held.end());
     EXPECT_EQ((std::vector<std::string>{"e", "\xe9"}), held);
-}
-
-// ---------------------------------------------------- the engine over it
-
-namespace {
-const std::vector<std::string> kSimple = {"'s", "s", "ed", "ing", "es", "ly", "er", "ers", "ion", "ions"};
-const std::vector<std::string> kExt = {"e", "d", "n", "t", "ate", "ated", "ness", "ful"};
-} // namespace
-
-TEST(FcLex, BundledWordListIsFoundWithinASmallBudget) {
-    const std::vector<std::string> words = read_word_list_for_tests();
-    ASSERT_GT(words.size(), 100000u);
-    FcLex f(standard_file(words, kSimple, kExt));
-    ASSERT_EQ(0, f.open(8192)) << last_msg();
-    for (const auto &w : words) ASSERT_TRUE(f.find(w.c_str())) << w;
-    for (const char *w : {"helo", "wrld", "teh", "abcdefgh", "zzzz", "Zuluz"}) EXPECT_FALSE(f.find(w)) << w;
-    // Beside the budget, each segment in memory has a table of jumps of a
-    // quarter of its size at most.
-    int32_t tables = 0;
-    for (int32_t i = 0; i < f.fc().nSegments; ++i) {
-        const FCSegment *seg = f.fc().segIndex[i];
-        const uint32_t *jumps = FCLex_Jumps(seg);
-        if (jumps == nullptr) continue;
-        ++tables;
-        EXPECT_LE(4 * ((jumps[0] & ~FC_JUMPS_COMPLETE) + 1), seg->size / 4);
-    }
-    EXPECT_GT(tables, 0);
-
-    MemLex mem;
-    for (const auto &w : words) mem.add(w.c_str());
-    const std::string text = "Teh quick brown fox jumpd over the lazy dog's kennel, and the Dogs barked at it.";
-    for (uint32_t options : {LX_OPT_CHECK_SPELLING, LX_OPT_CHECK_SPELLING | LX_OPT_CASE_SENSITIVE}) {
-        std::vector<std::string> reports[2];
-        LX_Lexicon *lists[2] = {&f.lex, &mem.lex};
-        for (int k = 0; k < 2; ++k) {
-            LexList list{lists[k]};
-            char word[LX_MAX_WORD_SZ];
-            for (int32_t cursor = 0; cursor >= 0; cursor = LX_NextTextWord(text.c_str(), cursor, options)) {
-                if (LX_CheckText(text.c_str(), list, options, &cursor, word, sizeof word, nullptr, 0) ==
-                    LX_RES_NONE_LEFT)
-                    break;
-                reports[k].push_back(word);
-            }
-        }
-        EXPECT_EQ(reports[1], reports[0]);
-        EXPECT_EQ((std::vector<std::string>{"Teh", "jumpd"}), reports[0]);
-    }
-    Set set(10);
-    LexList list{&f.lex};
-    EXPECT_GT(LX_Suggest("jumpd", 50, list, LX_OPT_CHECK_SPELLING | LX_OPT_SUGGEST_TYPOGRAPHIC, &set.set), 0);
-    EXPECT_NE(std::string::npos, (" " + set.str()).find(" jumped:")) << set.str();
 }
 
 TEST(FcLex, ChangesAreUnsupported) {

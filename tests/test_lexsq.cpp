@@ -20,27 +20,6 @@
 
 namespace {
 
-std::string crlf(const std::vector<std::string> &lines) {
-    std::string out;
-    for (const auto &l : lines) out += l + "\r\n";
-    return out;
-}
-
-std::string hex(const std::string &data) {
-    std::string out;
-    char buf[4];
-    for (unsigned char b : data) {
-        std::snprintf(buf, sizeof buf, "%s%02X", out.empty() ? "" : " ", b);
-        out += buf;
-    }
-    return out;
-}
-
-std::string last_msg() {
-    const char *m = LX_Diag_GetLastMsg();
-    return m ? m : "";
-}
-
 // Reads a completed file back; fails the test if it isn't sound.
 LxcFile read_back(const std::string &path) {
     LxcFile f;
@@ -60,21 +39,16 @@ std::string data_hex(const std::string &path) {
 
 // Compiles words with the tables given directly.
 int16_t compile_tables(const TempDir &dir, const std::vector<std::string> &words,
-                       const std::vector<const char *> &simple, const std::vector<const char *> &ext,
-                       uint32_t *errLine = nullptr) {
+                       const std::vector<const char *> &simple, const std::vector<const char *> &ext) {
     write_bytes(dir / "words.txt", crlf(words));
     LexSqContext ctx{};
+    uint32_t line = 0;
     int16_t r = LexSq_InitTables(&ctx, (dir / "out.lxc").c_str(), simple.data(), static_cast<int32_t>(simple.size()),
                                  ext.data(), static_cast<int32_t>(ext.size()), 999);
-    EXPECT_EQ(0, r);
-    uint32_t line = 0;
-    r = LexSqFile(&ctx, (dir / "words.txt").c_str(), &line);
-    if (errLine) *errLine = line;
-    if (r < 0) {
-        LexSq_Abort(&ctx);
-        return r;
-    }
-    return LexSq_End(&ctx);
+    if (r == 0) r = LexSqFile(&ctx, (dir / "words.txt").c_str(), &line);
+    if (r == 0) return LexSq_End(&ctx);
+    LexSq_Abort(&ctx);
+    return r;
 }
 
 // Compiles a word list text with a suffix file text.
@@ -136,39 +110,24 @@ TEST(LexSq, CodingRules) {
     } kCases[] = {
         {"a repeated word: shared whole tail, end", {"walk", "walk"}, {}, {}, "00 6B 00 01 00", 1},
         {"short words that repeat stay in one segment", {"ab", "ab", "abc", "abc"}, {}, {}, "00 00 00 00 00 00 00 00", 2},
-        {"the whole rest before a part of it", {"xxxings"}, {"s"}, {"ings"}, "00 01 00", 1},
-        {"literals up to the longest entry", {"xxxkings"}, {"s"}, {"ings"}, "00 6B 01 00", 1},
         {"literals, then the code of the ending", {"kings"}, {"s"}, {}, "00 67 02", 1},
-        {"an extended number below 0x20", {"xxxc"}, {}, {"a", "b", "c"}, "00 01 02", 1},
-        {"simple wins over an equal extended entry", {"xxxed"}, {"ed"}, {"ed"}, "00 02", 1},
-        {"lower number wins", {"xxxed"}, {"x", "ed", "ed"}, {}, "00 03", 1},
-        {"an empty entry never matches", {"xxxd"}, {"", "d"}, {}, "00 03", 1},
         {"only behind the shared bytes", {"runner", "running"}, {"er", "ing", "ning"}, {}, "00 6E 02 01 03", 1},
         {"a tail that begins the one before", {"walked", "walk"}, {"ed"}, {}, "00 6B 00 01 02", 1},
         {"a blank is a word", {" ", "a b"}, {}, {}, "00 00 00 00", 2},
+        // Unsigned bytes: digits, capitals, lower case, accents.
+        {"the longest word, byte order", {std::string(80, 'q'), "\xE9t\xE9", "Zoo", "zoo", "a", "aa", "0 1"}, {}, {},
+         nullptr, 7},
     };
     for (const auto &c : kCases) {
         TempDir dir;
         ASSERT_EQ(0, compile_tables(dir, c.words, c.simple, c.ext)) << c.what;
-        EXPECT_EQ(c.data, data_hex(dir / "out.lxc")) << c.what;
+        EXPECT_EQ(c.data ? c.data : "", c.data ? data_hex(dir / "out.lxc") : "") << c.what;
         const LxcFile f = read_back(dir / "out.lxc");
         EXPECT_EQ(c.segments, f.index.size()) << c.what;
         std::vector<std::string> sorted = c.words;
         std::sort(sorted.begin(), sorted.end());
         EXPECT_EQ(sorted, f.words) << c.what;
     }
-}
-
-TEST(LexSq, LongestWordAndByteOrder) {
-    TempDir dir;
-    const std::string longest(80, 'q');
-    std::vector<std::string> words = {longest, "\xE9t\xE9", "Zoo", "zoo", "a", "aa", "0 1"};
-    ASSERT_EQ(0, compile_tables(dir, words, {}, {}));
-    const LxcFile f = read_back(dir / "out.lxc");
-    std::sort(words.begin(), words.end()); // unsigned bytes: digits, capitals, lower case, accents
-    EXPECT_EQ(words, f.words);
-    EXPECT_EQ("0 1", f.words.front());
-    EXPECT_EQ("\xE9t\xE9", f.words.back());
 }
 
 // ------------------------------------------------------ suffix files
@@ -338,51 +297,22 @@ TEST(LexSq, FilesThatCantBeOpened) {
     EXPECT_EQ(LXC_FIXED_SZ - LXC_SECTION_HEAD_SZ - LXC_INDEX_HEAD_SZ + 3, read_bytes(out).size());
 }
 
-TEST(LexSq, OutOfMemoryAtEveryAllocation) {
-    TempDir dir;
-    // Two words more than one Sma block holds, so that the list needs more
-    // than one block and the vector grows.
-    std::vector<std::string> words;
-    for (int i = 0; i < 2000; ++i) words.push_back("w" + std::to_string(i % 7) + "x" + std::to_string(i));
-    const std::string list = crlf(words);
-    std::set<std::string> messages;
-    for (long fail = 0;; ++fail) {
-        const long live = LX_Mem_LiveBlocks();
-        LX_Mem_FailAfter(fail);
-        const int16_t r = compile_files(dir, list, crlf({"ed"}));
-        LX_Mem_FailAfter(-1);
-        EXPECT_EQ(live, LX_Mem_LiveBlocks()) << fail;
-        if (r == 0) break;
-        if (r == LX_ERR_NO_MEMORY) messages.insert(last_msg());
-        else EXPECT_EQ(LX_ERR_CANT_CREATE, r) << fail << " " << last_msg(); // a file handle
-        ASSERT_LT(fail, 1000);
-    }
-    EXPECT_EQ(1u, messages.count("LexSqFile: Can't create word list vector"));
-    EXPECT_EQ(1u, messages.count("addSegment: out of memory"));
-    EXPECT_EQ(1u, messages.count("Out of memory at line 1"));
-    EXPECT_TRUE(std::any_of(messages.begin(), messages.end(), [](const std::string &m) {
-        return m.starts_with("Out of memory at line ") && m != "Out of memory at line 1";
-    }));
-    EXPECT_EQ(words.size(), read_back(dir / "out.lxc").words.size());
-}
-
 TEST(LexSq, FullDiskIsAWriteError) {
     TempDir dir;
     std::string words;
     for (int i = 0; i < 3000; ++i) words += "word" + std::to_string(i * 7919) + "\r\n";
     write_bytes(dir / "words.txt", words);
-    write_bytes(dir / "small.txt", crlf({"walk"}));
     write_bytes(dir / "suffixes.txt", crlf({"ed"}));
-    for (const char *list : {"words.txt", "small.txt"}) {
-        LexSqContext ctx{};
-        uint32_t line = 0;
-        int16_t r = LexSq_Init(&ctx, "/dev/full", (dir / "suffixes.txt").c_str(), 999, &line);
-        if (r == 0) r = LexSqFile(&ctx, (dir / list).c_str(), &line);
-        if (r == 0) r = LexSq_End(&ctx);
-        else LexSq_Abort(&ctx);
-        EXPECT_EQ(LX_ERR_WRITE, r) << list;
-        EXPECT_EQ("error writing to /dev/full", last_msg()) << list;
-    }
+    // A list longer than the stream's buffer fails while its records are
+    // written; a short one fails at the end (the driver's tests).
+    LexSqContext ctx{};
+    uint32_t line = 0;
+    int16_t r = LexSq_Init(&ctx, "/dev/full", (dir / "suffixes.txt").c_str(), 999, &line);
+    if (r == 0) r = LexSqFile(&ctx, (dir / "words.txt").c_str(), &line);
+    if (r == 0) r = LexSq_End(&ctx);
+    else LexSq_Abort(&ctx);
+    EXPECT_EQ(LX_ERR_WRITE, r);
+    EXPECT_EQ("error writing to /dev/full", last_msg());
 
     // A file size limit stops the file at every possible byte: each run
     // either fails with LX_ERR_WRITE, leaving a file without an index, or

@@ -24,10 +24,7 @@ extern char **environ;
 
 namespace {
 
-struct Outcome {
-    int status = -1;
-    std::string out, err;
-};
+struct Outcome { int status = -1; std::string out, err; };
 
 // Replaces every "{dir}" in text by dir.
 std::string expand(std::string text, const std::string &dir) {
@@ -252,11 +249,7 @@ TEST(Lxspell, CompileWritesBesideAndNeverClobbers) {
     Lxspell t;
     make_files(t.dir);
     const std::string existing = read_bytes(t.dir / "existing.lxc");
-    struct Bad {
-        const char *list;
-        std::vector<std::string> extra;
-        const char *err;
-    } bad[] = {
+    struct Bad { const char *list; std::vector<std::string> extra; const char *err; } bad[] = {
         {"words-bad.txt", {}, "lxspell: {dir}/words-bad.txt:3: the word holds a control character\n"},
         {"words-foreign.txt", {}, "lxspell: {dir}/words-foreign.txt:2: the word holds a character outside ISO 8859-1\n"},
         {"words-long.txt", {}, "lxspell: {dir}/words-long.txt:2: the word is longer than 80 characters\n"},
@@ -336,12 +329,11 @@ TEST(Lxspell, PersonalLexicon) {
     EXPECT_EQ("qwertyx\n", r.out);
 
     // Actions: auto-change and conditional change show their replacement.
-    r = t.run({"add", "--auto-change", "teh=the"});
-    EXPECT_EQ(0, r.status) << r.err;
-    r = t.run({"add", "--change", "recieve=receive"});
-    EXPECT_EQ(0, r.status) << r.err;
-    r = t.run({"add", "--exclude", "alot"});
-    EXPECT_EQ(0, r.status) << r.err;
+    for (const auto &[action, entry] : {std::pair{"--auto-change", "teh=the"}, {"--change", "recieve=receive"},
+                                        {"--exclude", "alot"}}) {
+        r = t.run({"add", action, entry});
+        EXPECT_EQ(0, r.status) << r.err;
+    }
     r = t.run({"check"}, "Teh cat did recieve alot.\n");
     EXPECT_EQ(1, r.status);
     EXPECT_EQ("<stdin>:1:1: Teh: auto-change (The)\n"
@@ -549,11 +541,7 @@ TEST(LxspellText, Utf8ToLatin1) {
 // Blocks end at line ends and give back every byte; a line without an end
 // is cut at a blank, or at a character boundary, within the limit.
 TEST(LxspellText, BlockReader) {
-    struct {
-        const char *name;
-        std::string text;
-        std::vector<std::string> blocks;
-    } cases[] = {
+    struct { const char *name; std::string text; std::vector<std::string> blocks; } cases[] = {
         {"empty", "", {}},
         {"short, no line end", "abc", {"abc"}},
         {"cut at the last line end", "aaaa\nbbbb\ncc\n", {"aaaa\nbbbb\n", "cc\n"}},

@@ -10,12 +10,6 @@
 
 namespace {
 
-std::string crlf(const std::vector<std::string> &lines) {
-    std::string out;
-    for (const auto &l : lines) out += l + "\r\n";
-    return out;
-}
-
 std::map<std::string, SuffixCounter> gSeen;
 void record(const char *ending, const SuffixCounter *counter) { gSeen[ending] = *counter; }
 
@@ -65,11 +59,7 @@ std::vector<std::string> group(const std::string &ending, int n) {
 
 TEST(Suffix, CountsTheEndingsFrontCodingLeaves) {
     using Counts = std::map<std::string, int32_t>;
-    static const struct {
-        const char *what;
-        std::vector<std::string> words;
-        Counts expected;
-    } kCases[] = {
+    static const struct { const char *what; std::vector<std::string> words; Counts expected; } kCases[] = {
         {"each word counts for its longest known ending",
          {"walked", "walking", "talked", "talking"},
          {{"ked", 0}, {"ed", 1}, {"d", 0}, {"ing", 1}, {"ng", 0}, {"g", 0}}},
