@@ -3,9 +3,8 @@
 # of `lxspell list` over a large English text (data/prose.txt repeated to
 # about 20 MB) beside the engine's own check rate, the tool's peak memory
 # over that text with a 64 KiB budget, with none and with its default,
-# and its start-up time for a one-word input (the median wall time of 50
-# runs, less the time the shell takes to run /bin/true, and the mean CPU
-# time, user and system, of the same runs), each with its mark.
+# and its start-up time for a one-word input (the whole process, wall and
+# CPU time, the medians of 50 runs, beside /bin/true's), each with its mark.
 #
 # Usage: bench_lxspell.sh [--short] [--build DIR] [--budget BYTES]
 #                         [--engine-rate WORDS_PER_SECOND]
@@ -90,47 +89,67 @@ time_list "${opts[@]}"
 listed=$(wc -l <"$tmp/list.out")
 peak_default=$peak
 # Peak memory with a small budget (what a machine short of memory would
-# give), and with no limit (every segment that the text needs stays).
-peak_of() { # BUDGET ; prints the peak resident memory in KiB
-  /usr/bin/time -f '%M' -o "$tmp/time" "$lxspell" --budget "$1" list <"$tmp/text.txt" >/dev/null \
-    || [ $? -eq 1 ] || { echo "bench_lxspell: lxspell list failed" >&2; exit 1; }
-  tail -n 1 "$tmp/time"
+# give), and with no limit (every segment that the text needs stays). The
+# shared libraries' pages that a run maps vary by 0.1 or 0.2 MiB from run
+# to run, as their addresses do: the median of a few runs.
+peak_of() { # BUDGET ; prints the median peak resident memory in KiB
+  local r
+  for ((r = 0; r < 3; r++)); do
+    /usr/bin/time -f '%M' -o "$tmp/time" "$lxspell" --budget "$1" list <"$tmp/text.txt" >/dev/null \
+      || [ $? -eq 1 ] || { echo "bench_lxspell: lxspell list failed" >&2; exit 1; }
+    tail -n 1 "$tmp/time"
+  done | sort -n | sed -n 2p
 }
 peak_small=$(peak_of 65536)
 peak_none=$(peak_of 0)
 
-# Start-up: one word on standard input, timed in the shell without a fork
-# of its own; the median of the runs, and the same for /bin/true, whose
-# time (the shell's fork and exec) is taken off.
+# Start-up: one word on standard input, the whole process, wall and CPU
+# time (user and system), the medians of the runs; the same for /bin/true,
+# what any process costs here. Python times each run as bench/peers does,
+# from the wait for the child; without Python the shell times the runs
+# (the wall time to the microsecond, the CPU time from bash's `times` to
+# the millisecond, so as a mean), with its own fork and exec inside.
 echo "word" >"$tmp/one.txt"
 /usr/bin/time -f '%M' -o "$tmp/time1" "$lxspell" "${opts[@]}" list <"$tmp/one.txt" >/dev/null || true
 peak1=$(tail -n 1 "$tmp/time1")
-median_ms() { # COMMAND...
-  local r t0 t1
-  for ((r = 0; r < starts; r++)); do
+startup_of() { # COMMAND... ; prints "WALL_MS CPU_MS"
+  if command -v python3 >/dev/null; then
+    python3 - "$starts" "$tmp/one.txt" "$@" <<'PY'
+import os, statistics, subprocess, sys, time
+n, stdin, cmd = int(sys.argv[1]), sys.argv[2], sys.argv[3:]
+walls, cpus = [], []
+for _ in range(n):
+    with open(stdin, "rb") as fin:
+        t0 = time.perf_counter()
+        p = subprocess.Popen(cmd, stdin=fin, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        _, _, ru = os.wait4(p.pid, 0)
+        walls.append(time.perf_counter() - t0)
+        cpus.append(ru.ru_utime + ru.ru_stime)
+print(f"{1000 * statistics.median(walls):.3f} {1000 * statistics.median(cpus):.3f}")
+PY
+    return
+  fi
+  local r t0 t1 wall
+  wall=$(for ((r = 0; r < starts; r++)); do
     t0=$EPOCHREALTIME
     "$@" <"$tmp/one.txt" >/dev/null || true
     t1=$EPOCHREALTIME
     echo "$t0 $t1"
   done | awk '{ print ($2 - $1) * 1e3 }' | sort -n |
-    awk '{ v[NR] = $1 } END { print (NR % 2 ? v[(NR + 1) / 2] : (v[NR / 2] + v[NR / 2 + 1]) / 2) }'
+    awk '{ v[NR] = $1 } END { print (NR % 2 ? v[(NR + 1) / 2] : (v[NR / 2] + v[NR / 2 + 1]) / 2) }')
+  # `times` is run by this shell, not in a pipeline, so that only the runs
+  # count among the children it has waited for.
+  times >"$tmp/times0"
+  for ((r = 0; r < starts; r++)); do "$@" <"$tmp/one.txt" >/dev/null || true; done
+  times >"$tmp/times1"
+  awk -v w="$wall" -v n="$starts" -v a="$(tail -n 1 "$tmp/times0")" -v b="$(tail -n 1 "$tmp/times1")" '
+    function ms(t,   f, p, i, s) { split(t, f, " "); s = 0
+      for (i = 1; i <= 2; i++) { split(f[i], p, /[ms]/); s += p[1] * 60 + p[2] } return s * 1000 }
+    BEGIN { printf "%.3f %.3f\n", w, (ms(b) - ms(a)) / n }'
 }
-startup_raw=$(median_ms "$lxspell" "${opts[@]}" list)
-# CPU time, user and system: what the children that the shell has waited
-# for took (bash's `times`, to the millisecond), over as many runs again,
-# run here and not in a pipeline, so that no other process counts.
-children_ms() { # FILE: the output of `times`
-  tail -n 1 "$1" | awk '{ t = 0; for (i = 1; i <= 2; i++) { split($i, p, /[ms]/); t += p[1] * 60 + p[2] } printf "%.3f", t * 1000 }'
-}
-times >"$tmp/times0"
-for ((r = 0; r < starts; r++)); do
-  "$lxspell" "${opts[@]}" list <"$tmp/one.txt" >/dev/null || true
-done
-times >"$tmp/times1"
-startup_cpu=$(awk -v a="$(children_ms "$tmp/times0")" -v b="$(children_ms "$tmp/times1")" -v n="$starts" \
-  'BEGIN { printf "%.2f", (b - a) / n }')
-exec_ms=$(median_ms /bin/true)
-startup=$(awk -v a="$startup_raw" -v b="$exec_ms" 'BEGIN { d = a - b; print (d > 0 ? d : 0) }')
+read -r startup startup_cpu < <(startup_of "$lxspell" "${opts[@]}" list)
+read -r true_ms true_cpu < <(startup_of /bin/true)
+how=$(command -v python3 >/dev/null && echo "median" || echo "mean")
 
 mark() { # VALUE OP LIMIT
   awk -v v="$1" -v l="$3" -v op="$2" 'BEGIN { ok = (op == "<" ? v < l : v >= l); print (ok ? "met" : "MISSED") }'
@@ -152,12 +171,12 @@ else
   echo "engine check rate: unknown (build bench_fclex, or give --engine-rate)"
 fi
 mib() { awk -v k="$1" 'BEGIN { printf "%.2f", k / 1024 }'; }
-printf 'peak memory:       %6.2f MiB         mark < 2.1 MiB: %s  (budget 64 KiB)\n' \
+printf 'peak memory:       %6.2f MiB         mark < 2.1 MiB: %s  (budget 64 KiB, median of 3 runs)\n' \
   "$(mib "$peak_small")" "$(mark "$(mib "$peak_small")" '<' 2.1)"
-printf '                   %6.2f MiB         (no budget)\n' "$(mib "$peak_none")"
+printf '                   %6.2f MiB         (no budget, median of 3 runs)\n' "$(mib "$peak_none")"
 printf '                   %6.2f MiB         (budget %s; one-word input: %.2f MiB)\n' \
   "$(mib "$peak_default")" "${budget:-default}" "$(mib "$peak1")"
-printf 'start-up:          %6.2f ms          mark < 5 ms: %s  (wall: median of %d one-word runs, %.2f ms, less %.2f ms for /bin/true)\n' \
-  "$startup" "$(mark "$startup" '<' 5)" "$starts" "$startup_raw" "$exec_ms"
-printf 'start-up CPU:      %6.2f ms          mark < 5 ms: %s  (user and system, the mean of the same runs)\n' \
-  "$startup_cpu" "$(mark "$startup_cpu" '<' 5)"
+printf 'start-up:          %6.2f ms          mark < 5 ms: %s  (wall, one-word input, median of %d runs; /bin/true %.2f ms)\n' \
+  "$startup" "$(mark "$startup" '<' 5)" "$starts" "$true_ms"
+printf 'start-up CPU:      %6.2f ms          mark < 5 ms: %s  (user and system, %s of the runs; /bin/true %.2f ms)\n' \
+  "$startup_cpu" "$(mark "$startup_cpu" '<' 5)" "$how" "$true_cpu"
