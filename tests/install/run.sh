@@ -2,7 +2,7 @@
 # Installs the build tree into a temporary prefix and builds the embedding
 # example against the installed tree twice, with pkg-config and with
 # find_package(lxengine), running each. When the tree has lxspell, also
-# checks that the installed tool finds its library and its lexicon.
+# checks that the installed tool runs and finds its lexicon.
 # Usage: run.sh BUILD_DIR SOURCE_DIR LIBDIR CMAKE C_COMPILER [C_FLAGS]
 set -euo pipefail
 build=$1 src=$2 libdir=$3 cmake=$4 cc=$5 cflags=${6:-}
