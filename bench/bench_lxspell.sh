@@ -166,7 +166,11 @@ if [ -n "$engine_rate" ]; then
   ratio=$(awk -v t="$tool_rate" -v e="$engine_rate" 'BEGIN { printf "%.0f", 100 * t / e }')
   printf 'engine check rate: %6.2f M words/s  (%s)\n' \
     "$(awk -v r="$engine_rate" 'BEGIN { print r / 1e6 }')" "$engine_from"
-  printf 'throughput/engine: %6s %%          mark >= 80 %%: %s\n' "$ratio" "$(mark "$ratio" '>=' 80)"
+  # A short run lasts a few hundredths of a second, of which the start-up
+  # takes a good part: its ratio is printed but not held to the mark.
+  verdict=$(mark "$ratio" '>=' 80)
+  [ "$short" = 1 ] && verdict="not judged in a short run"
+  printf 'throughput/engine: %6s %%          mark >= 80 %%: %s\n' "$ratio" "$verdict"
 else
   echo "engine check rate: unknown (build bench_fclex, or give --engine-rate)"
 fi
