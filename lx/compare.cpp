@@ -24,6 +24,20 @@ inline const uchar *bytes(const char *s) { return reinterpret_cast<const uchar *
 // Credit for a word's letter doubled where the other word has it once.
 inline int doubled_credit(bool vowel) { return vowel ? 75 : 80; }
 
+// The credit for two different characters of the same base letter: 100,
+// less 5 where one is small and the other not, less 5 more where they
+// differ beyond their case (an accent).
+inline int same_base_credit(uchar ca, uchar cb) {
+    const uchar clsA = LX_CLASS_TABLE[ca];
+    const uchar clsB = LX_CLASS_TABLE[cb];
+    int credit = 100;
+    if (((clsA ^ clsB) & LX_CC_LOWER) != 0) credit -= 5;
+    const uchar lowA = (clsA & LX_CC_UPPER) ? static_cast<uchar>(ca + 0x20) : ca;
+    const uchar lowB = (clsB & LX_CC_UPPER) ? static_cast<uchar>(cb + 0x20) : cb;
+    if (lowA != lowB) credit -= 5;
+    return credit;
+}
+
 } // namespace
 
 int16_t LX_Compare_Typographic(const char *a, const char *b) {
@@ -53,14 +67,7 @@ int16_t LX_Compare_Typographic(const char *a, const char *b) {
         if (fa == fb) {
             // The same base letter in another case or accent; also any two
             // characters without a base letter, such as a digit and a hyphen.
-            const uchar clsA = cls[ca];
-            const uchar clsB = cls[cb];
-            int credit = 100;
-            if (((clsA ^ clsB) & LX_CC_LOWER) != 0) credit -= 5;
-            const uchar lowA = (clsA & LX_CC_UPPER) ? static_cast<uchar>(ca + 0x20) : ca;
-            const uchar lowB = (clsB & LX_CC_UPPER) ? static_cast<uchar>(cb + 0x20) : cb;
-            if (lowA != lowB) credit -= 5;
-            sum += credit;
+            sum += same_base_credit(ca, cb);
             ++pa;
             ++pb;
             continue;
@@ -164,13 +171,7 @@ int16_t LX_TypoScan_Score(LX_TypoScan *scan, const char *b, int32_t lenB, int32_
             const uchar fa = fold[ca];
             const uchar fb = fold[cb];
             if (fa == fb) {
-                const uchar clsA = cls[ca];
-                const uchar clsB = cls[cb];
-                int32_t credit = 100;
-                if (((clsA ^ clsB) & LX_CC_LOWER) != 0) credit -= 5;
-                const uchar lowA = (clsA & LX_CC_UPPER) ? static_cast<uchar>(ca + 0x20) : ca;
-                const uchar lowB = (clsB & LX_CC_UPPER) ? static_cast<uchar>(cb + 0x20) : cb;
-                if (lowA != lowB) credit -= 5;
+                const int32_t credit = same_base_credit(ca, cb);
                 sum += credit;
                 ++ia;
                 ++ib;
